@@ -110,5 +110,10 @@ struct Unit<Quad> {
 // n values (n > 0) stored contiguously in slots of Kind<E>::size bytes.
 template <class E>
 void fill(State& s, void* out, int32_t n);
+// The same with blocks of `lanes` (16, 8 or 4) values, whatever the processor
+// offers; lanes 16 and 8 need AVX-512F and AVX2.  fill() passes lane_count().
+template <class E>
+void fill_lanes(State& s, void* out, int32_t n, int lanes);
+int lane_count();
 
 }  // namespace intrins::random

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "random/generator.h"
 #include "support/arrays.h"
 
 using testutil::Args;
@@ -340,6 +341,47 @@ TEST(RandomNumber, LargestDrawStaysBelowOneExceptInSinglePrecision) {
             }
         });
     }
+}
+
+}  // namespace
+
+namespace {
+
+using intrins::random::State;
+
+// Blocks of 4, 8 and 16 lanes (as far as this processor has them) leave the
+// same values and the same state as single steps, in every kind, from the
+// default state and from one whose borrow is still clear.
+template <class E>
+void expect_blocks_match_steps(int lanes) {
+    using K = intrins::Kind<E>;
+    for (int32_t n : {1, 3, 4, 15, 16, 17, 43, 100, 1000}) for (int skip : {0, 50}) {
+        State a, b;
+        intrins::random::seed_default(a);
+        for (int k = 0; k < skip; ++k) intrins::random::step(a);  // a different place in the table
+        ASSERT_EQ(a.c, skip ? 1u : 0u);
+        b = a;
+        std::vector<unsigned char> got(n * K::size), want(n * K::size);
+        intrins::random::fill_lanes<E>(a, got.data(), n, lanes);
+        for (int32_t k = 0; k < n; ++k)
+            K::store(want.data() + k * K::size, intrins::random::Unit<E>::value(intrins::random::step(b)));
+        ASSERT_EQ(got, want) << lanes << " lanes, n " << n;
+        ASSERT_EQ(std::memcmp(&a, &b, sizeof a), 0) << lanes << " lanes, n " << n;
+    }
+}
+
+TEST(RandomBlocks, EveryLaneWidthMatchesSingleSteps) {
+    __builtin_cpu_init();
+    std::vector<int> widths{4};
+    if (__builtin_cpu_supports("avx2")) widths.push_back(8);
+    if (__builtin_cpu_supports("avx512f")) widths.push_back(16);
+    for (int lanes : widths) {
+        expect_blocks_match_steps<float>(lanes);
+        expect_blocks_match_steps<double>(lanes);
+        expect_blocks_match_steps<intrins::R10>(lanes);
+        expect_blocks_match_steps<intrins::Quad>(lanes);
+    }
+    EXPECT_EQ(intrins::random::lane_count(), widths.back());
 }
 
 }  // namespace
