@@ -34,8 +34,7 @@ const char kName[] = "DATEANDTIME";
 // then copies the first characters of `text` (none when the clock is
 // unavailable) and blanks the rest.  The slot is left holding its address and
 // length.
-void put_text(Call& call, int slot, int argno, int32_t full, const char* text, int32_t textlen) {
-    Slot s = call.arg(slot);
+void put_text(const Call& call, Slot s, int argno, int32_t full, const char* text, int32_t textlen) {
     const int32_t len = s.length();
     if (call.check() && len < full) f90_ArrLibError(kName, 1, argno, len, full);
     char* p = s.text();
@@ -68,14 +67,14 @@ void date_and_time(ArgList* a) {
     if (call.result_supplied()) {
         char date[9] = {};
         std::size_t n = on ? std::strftime(date, sizeof date, "%Y%m%d", &t) : 0;
-        put_text(call, 0, 1, 8, date, static_cast<int32_t>(n));
+        put_text(call, call.result(), 1, 8, date, static_cast<int32_t>(n));
     }
     if (call.present(1)) {
         char time[32] = {};
         int n = 0;
         if (on && std::strftime(time, sizeof time, "%H%M%S.", &t) == 7)
             n = 7 + std::snprintf(time + 7, sizeof time - 7, "%03i", fine.millis);
-        put_text(call, 1, 2, 10, time, n < 10 ? n : 10);
+        put_text(call, call.arg(1), 2, 10, time, n < 10 ? n : 10);
     }
     if (call.present(2)) {
         char text[32] = {};
@@ -84,7 +83,7 @@ void date_and_time(ArgList* a) {
             int n = 1 + two_digits(text + 1, std::abs(zone / 60));
             two_digits(text + n, std::abs(zone % 60));
         }
-        put_text(call, 2, 3, 5, text, on ? 5 : 0);
+        put_text(call, call.arg(2), 3, 5, text, on ? 5 : 0);
     }
     if (call.present(3)) {
         const ArrDesc& v = *call.arg(3).desc();

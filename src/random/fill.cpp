@@ -56,11 +56,11 @@ template <int V, class E>
 [[gnu::always_inline]] inline void put(char* out, typename Lanes<V>::u32 r) {
     using L = Lanes<V>;
     if constexpr (std::is_same_v<E, double>) {
-        typename L::f64 v = __builtin_convertvector(reinterpret_cast<typename L::i32&>(r), typename L::f64);
+        typename L::f64 v = __builtin_convertvector((typename L::i32)r, typename L::f64);
         v = v * kScale8 + 0.5;
         std::memcpy(out, &v, sizeof v);
     } else if constexpr (std::is_same_v<E, float>) {
-        typename L::f64 v = __builtin_convertvector(reinterpret_cast<typename L::i32&>(r), typename L::f64);
+        typename L::f64 v = __builtin_convertvector((typename L::i32)r, typename L::f64);
         v = v * 0x1p-32 + 0.5;  // exact, see Unit<float>
         typename L::f32 f = __builtin_convertvector(v, typename L::f32);
         std::memcpy(out, &f, sizeof f);
@@ -88,13 +88,13 @@ template <int V, class E>
     u32 hist[H];
     std::memcpy(hist, window, sizeof hist);
 
-    u32 w, dw;
+    u32 w;  // lane t: the Weyl word of step t + 1
     for (int t = 0; t < V; ++t) w[t] = s.w - static_cast<uint32_t>(t + 1) * kWeylStep;
-    dw = w - w + static_cast<uint32_t>(V) * kWeylStep;
+    const u32 dw = u32{} + static_cast<uint32_t>(V) * kWeylStep;
 
     for (int32_t b = 0; b < blocks; ++b, out += V * Kind<E>::size) {
         u32 d = behind<V, kShortLag>(hist, lanes) - behind<V, kTableWords>(hist, lanes) - 1u;
-        d -= reinterpret_cast<u32>(reinterpret_cast<typename L::i32&>(d) >> 31) & 5u;
+        d -= (u32)((typename L::i32)d >> 31) & 5u;  // 5 less where d < 0
         for (int k = 0; k + 1 < H; ++k) hist[k] = hist[k + 1];
         hist[H - 1] = d;
         put<V, E>(out, d - w);
