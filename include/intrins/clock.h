@@ -27,9 +27,11 @@ void f90_cputime8(double *out);
 void f90_cputime10(void *out); /* 10 bytes */
 void f90_cputime16(void *out); /* 16 bytes */
 
-#if defined(_WIN32) && !defined(_WIN64)
+/* The label is quoted so that the assembler does not read the '$' as an
+   immediate; 32-bit Windows decorates C names with a leading underscore. */
+#if defined(__GNUC__) && defined(_WIN32) && !defined(_WIN64)
 double KORVAf90_dclock(void) __asm__("\"_$KORVAf90_dclock\"");
-#else
+#elif defined(__GNUC__)
 double KORVAf90_dclock(void) __asm__("\"$KORVAf90_dclock\"");
 #endif
 
