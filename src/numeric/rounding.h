@@ -11,7 +11,8 @@
 // MODULO of integers: P = 0 gives A; A = most negative with P = -1 raises the
 // processor's divide fault as the division would.  MODULO of reals: the
 // remainder of |A| by |P| is exact (fmod), as the stepwise scaled subtraction
-// is; a result equal to |P| becomes 0 and the result takes P's sign.
+// is; with A and P of different signs a nonzero remainder becomes
+// |P| - remainder (rounded); the result takes P's sign, a zero one too.
 #pragma once
 
 #include <cmath>
@@ -100,9 +101,10 @@ T modulo_real(T a, T p) {
     if (pa.e == F::kEmax) return F::join(pa.neg, F::kEmax, typename F::Bits(1) << (F::kFrac - 1));  // quiet NaN
     if (zero_path(a)) return a;
     const T ma = F::join(false, pa.e, pa.f), mp = F::join(false, pp.e, pp.f);
-    const T rem = fmod_of(ma, mp);
-    T r = pa.neg != pp.neg ? mp - rem : rem;
-    if (r == mp) r = T(0);
+    const T rem = fmod_of(ma, mp);  // exact, so always below |P|
+    // A zero remainder stays 0 whatever the signs (as in the integer rule,
+    // where a result of magnitude |P| becomes 0).
+    const T r = pa.neg != pp.neg && !(rem == T(0)) ? mp - rem : rem;
     auto pr = F::split(r);
     return F::join(pp.neg, pr.e, pr.f);
 }

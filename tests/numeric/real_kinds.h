@@ -64,6 +64,7 @@ struct R<float> {
     static float setexp(float x, int32_t i) { return f90_setexp4(&x, &i); }
     static float modulo(float a, float p) { return f90_modulor4(&a, &p); }
     static int32_t ceiling(float x) { return f90_ceiling4(&x); }
+    static float fmod(float a, float p) { return std::fmod(a, p); }
     static float ldexp(float x, int n) { return std::ldexp(x, n); }
     static float next(float x, float to) { return std::nextafter(x, to); }
     static int ilogb(float x) { return std::ilogb(x); }
@@ -81,6 +82,7 @@ struct R<double> {
     static double setexp(double x, int32_t i) { return f90_setexp8(&x, &i); }
     static double modulo(double a, double p) { return f90_modulor8(&a, &p); }
     static int32_t ceiling(double x) { return f90_ceiling8(&x); }
+    static double fmod(double a, double p) { return std::fmod(a, p); }
     static double ldexp(double x, int n) { return std::ldexp(x, n); }
     static double next(double x, double to) { return std::nextafter(x, to); }
     static int ilogb(double x) { return std::ilogb(x); }
@@ -105,6 +107,7 @@ struct R<Real10> {
     static Real10 setexp(Real10 x, int32_t i) { return f90_setexp10(Arg10(x).b, &i); }
     static Real10 modulo(Real10 a, Real10 p) { return f90_modulor10(Arg10(a).b, Arg10(p).b); }
     static int32_t ceiling(Real10 x) { return f90_ceiling10(Arg10(x).b); }
+    static Real10 fmod(Real10 a, Real10 p) { return std::fmod(a, p); }
     static Real10 ldexp(Real10 x, int n) { return std::ldexp(x, n); }
     static Real10 next(Real10 x, Real10 to) { return std::nextafter(x, to); }
     static int ilogb(Real10 x) { return std::ilogb(x); }
@@ -132,6 +135,7 @@ struct R<Quad> {
     static Quad setexp(Quad x, int32_t i) { return via_slot(f90_setexp16, &x, &i); }
     static Quad modulo(Quad a, Quad p) { return via_slot(f90_modulor16, &a, &p); }
     static int32_t ceiling(Quad x) { return f90_ceiling16(&x); }
+    static Quad fmod(Quad a, Quad p) { return fmodq(a, p); }
     static Quad ldexp(Quad x, int n) { return ldexpq(x, n); }
     static Quad next(Quad x, Quad to) { return nextafterq(x, to); }
     static int ilogb(Quad x) { return ilogbq(x); }
