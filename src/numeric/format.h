@@ -90,26 +90,25 @@ inline T from_raw(W w) {
     return v;
 }
 
-template <>
-struct Fmt<float> : FmtBase<uint32_t, 8, 127, 23> {
-    static Parts split(float x) {
-        uint32_t w = raw_of<float, uint32_t>(x);
-        return {(w >> 31) != 0, static_cast<int32_t>((w >> 23) & 0xff), w & kFracMask};
+// IEEE single and double: sign, exponent and fraction in one word W.
+template <class T, class W, int ExpBits, int Bias, int M>
+struct IeeeFmt : FmtBase<W, ExpBits, Bias, M> {
+    using Base = FmtBase<W, ExpBits, Bias, M>;
+    static constexpr int kSignBit = kWidth<W> - 1;
+    static typename Base::Parts split(T x) {
+        W w = raw_of<T, W>(x);
+        return {(w >> kSignBit) != 0, static_cast<int32_t>((w >> M) & Base::kEmax), w & Base::kFracMask};
     }
-    static float join(bool neg, int32_t e, uint32_t f) {
-        return from_raw<float>((uint32_t{neg} << 31) | (static_cast<uint32_t>(e) & 0xff) << 23 | (f & kFracMask));
+    static T join(bool neg, int32_t e, W f) {
+        return from_raw<T>((W{neg} << kSignBit) | (static_cast<W>(e) & Base::kEmax) << M | (f & Base::kFracMask));
     }
 };
 
 template <>
-struct Fmt<double> : FmtBase<uint64_t, 11, 1023, 52> {
-    static Parts split(double x) {
-        uint64_t w = raw_of<double, uint64_t>(x);
-        return {(w >> 63) != 0, static_cast<int32_t>((w >> 52) & 0x7ff), w & kFracMask};
-    }
-    static double join(bool neg, int32_t e, uint64_t f) {
-        return from_raw<double>((uint64_t{neg} << 63) | (static_cast<uint64_t>(e) & 0x7ff) << 52 | (f & kFracMask));
-    }
+struct Fmt<float> : IeeeFmt<float, uint32_t, 8, 127, 23> {};
+
+template <>
+struct Fmt<double> : IeeeFmt<double, uint64_t, 11, 1023, 52> {
     // The fraction bits that share the upper 32-bit word with the exponent.
     static constexpr uint64_t kTopWordFrac = 0xfffffull << 32;
 };

@@ -32,18 +32,13 @@ namespace intrins::num {
 // Truncation toward zero in 32 bits on the bit pattern: the top 32 bits of
 // the significand (leading one at bit 31) shifted right by the distance of
 // the exponent from 31, modulo 32.
-inline int32_t truncate32(double x) {
-    auto p = Fmt<double>::split(x);
-    if (p.e < 1023) return 0;
-    uint32_t m = static_cast<uint32_t>(p.f >> 21) | 0x80000000u;
-    uint32_t t = m >> (static_cast<uint32_t>(1054 - p.e) & 31);
-    return static_cast<int32_t>(p.neg ? 0u - t : t);
-}
-inline int32_t truncate32(Real10 x) {
-    auto p = Fmt<Real10>::split(x);
-    if (p.e < 16383) return 0;
-    uint32_t m = static_cast<uint32_t>(p.f >> 32) | 0x80000000u;
-    uint32_t t = m >> (static_cast<uint32_t>(16414 - p.e) & 31);
+template <class T>
+int32_t truncate32(T x) {
+    using F = Fmt<T>;
+    auto p = F::split(x);
+    if (p.e < F::kBias) return 0;
+    uint32_t m = static_cast<uint32_t>(p.f >> (F::kFrac - 31)) | 0x80000000u;
+    uint32_t t = m >> (static_cast<uint32_t>(F::kBias + 31 - p.e) & 31);
     return static_cast<int32_t>(p.neg ? 0u - t : t);
 }
 // REAL(16): the software arithmetic's conversion, then its low 32 bits.

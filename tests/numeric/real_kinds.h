@@ -53,41 +53,28 @@ inline Quad f128(uint64_t hi, uint64_t lo) { return intrins::from_bits(intrins::
 template <class T>
 struct R;
 
-template <>
-struct R<float> {
-    static int32_t exponent(float x) { return f90_exponent4(&x); }
-    static float fraction(float x) { return f90_fraction4(&x); }
-    static float rrspacing(float x) { return f90_rrspacing4(&x); }
-    static float spacing(float x) { return f90_spacing4(&x); }
-    static float nearest(float x, float s) { return f90_nearest4(&x, &s); }
-    static float scale(float x, int32_t i) { return f90_scale4(&x, &i); }
-    static float setexp(float x, int32_t i) { return f90_setexp4(&x, &i); }
-    static float modulo(float a, float p) { return f90_modulor4(&a, &p); }
-    static int32_t ceiling(float x) { return f90_ceiling4(&x); }
-    static float fmod(float a, float p) { return std::fmod(a, p); }
-    static float ldexp(float x, int n) { return std::ldexp(x, n); }
-    static float next(float x, float to) { return std::nextafter(x, to); }
-    static int ilogb(float x) { return std::ilogb(x); }
-    static constexpr int kDigits = 24, kMinExp = -125, kMaxExp = 128;
-};
-
-template <>
-struct R<double> {
-    static int32_t exponent(double x) { return f90_exponent8(&x); }
-    static double fraction(double x) { return f90_fraction8(&x); }
-    static double rrspacing(double x) { return f90_rrspacing8(&x); }
-    static double spacing(double x) { return f90_spacing8(&x); }
-    static double nearest(double x, double s) { return f90_nearest8(&x, &s); }
-    static double scale(double x, int32_t i) { return f90_scale8(&x, &i); }
-    static double setexp(double x, int32_t i) { return f90_setexp8(&x, &i); }
-    static double modulo(double a, double p) { return f90_modulor8(&a, &p); }
-    static int32_t ceiling(double x) { return f90_ceiling8(&x); }
-    static double fmod(double a, double p) { return std::fmod(a, p); }
-    static double ldexp(double x, int n) { return std::ldexp(x, n); }
-    static double next(double x, double to) { return std::nextafter(x, to); }
-    static int ilogb(double x) { return std::ilogb(x); }
-    static constexpr int kDigits = 53, kMinExp = -1021, kMaxExp = 1024;
-};
+// REAL(4) and REAL(8): arguments by address, results by value.
+#define NUMTEST_PLAIN_KIND(T, k, digits, minexp, maxexp)                              \
+    template <>                                                                     \
+    struct R<T> {                                                                   \
+        static int32_t exponent(T x) { return f90_exponent##k(&x); }                \
+        static T fraction(T x) { return f90_fraction##k(&x); }                      \
+        static T rrspacing(T x) { return f90_rrspacing##k(&x); }                    \
+        static T spacing(T x) { return f90_spacing##k(&x); }                        \
+        static T nearest(T x, T s) { return f90_nearest##k(&x, &s); }               \
+        static T scale(T x, int32_t i) { return f90_scale##k(&x, &i); }             \
+        static T setexp(T x, int32_t i) { return f90_setexp##k(&x, &i); }           \
+        static T modulo(T a, T p) { return f90_modulor##k(&a, &p); }                \
+        static int32_t ceiling(T x) { return f90_ceiling##k(&x); }                  \
+        static T fmod(T a, T p) { return std::fmod(a, p); }                         \
+        static T ldexp(T x, int n) { return std::ldexp(x, n); }                     \
+        static T next(T x, T to) { return std::nextafter(x, to); }                  \
+        static int ilogb(T x) { return std::ilogb(x); }                             \
+        static constexpr int kDigits = digits, kMinExp = minexp, kMaxExp = maxexp;  \
+    };
+NUMTEST_PLAIN_KIND(float, 4, 24, -125, 128)
+NUMTEST_PLAIN_KIND(double, 8, 53, -1021, 1024)
+#undef NUMTEST_PLAIN_KIND
 
 // REAL(10) arguments are passed as 10-byte values in a buffer of exactly
 // that size, so that a read past them shows under the sanitizers.

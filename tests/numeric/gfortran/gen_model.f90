@@ -14,11 +14,11 @@ contains
       write (s(2 * i - 1:2 * i), '(Z2.2)') b(n + 1 - i)
     end do
   end function
-  subroutine line1(name, kind, x, nx, r, nr)
+  subroutine line1(name, kind, x, nx, r, nr)  ! no second argument
     character(*), intent(in) :: name
     integer, intent(in) :: kind, nx, nr
     integer(1), intent(in) :: x(:), r(:)
-    write (*, '(3A,I0,5A)') '{"', name, '", ', kind, ', "', hex(x, nx), '", "", "', hex(r, nr), '"},'
+    call line2(name, kind, x, nx, x, 0, r, nr)
   end subroutine
   subroutine line2(name, kind, x, nx, y, ny, r, nr)
     character(*), intent(in) :: name
