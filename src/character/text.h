@@ -3,9 +3,12 @@
 // Strings are bytes without terminator; 0x20 is the only blank.  A negative
 // length is taken as 0, the length of such a string in the language.  Every
 // function returns what the plain character-by-character definition returns
-// (1-based positions, 0 for none); the scans use memchr/memcmp and a byte
-// table so that long operands cost linear time in the common cases.
+// (1-based positions, 0 for none); INDEX filters candidates sixteen at a
+// time and the scans use a byte table, so that long operands cost linear time
+// in the common cases.
 #pragma once
+
+#include <emmintrin.h>
 
 #include <cstdint>
 #include <cstring>
@@ -21,11 +24,28 @@ struct Text {
         : p(static_cast<const unsigned char*>(addr)), n(len < 0 ? 0 : len) {}
 };
 
-// Length without the trailing blanks.
+// Eight bytes at p, in any alignment.
+inline uint64_t word_at(const unsigned char* p) {
+    uint64_t w;
+    std::memcpy(&w, p, sizeof w);
+    return w;
+}
+inline constexpr uint64_t kBlankWord = 0x2020202020202020ull;
+
+// Length without the trailing blanks; whole words of blanks at a time.
 inline int32_t len_trim(Text s) {
     int32_t n = s.n;
+    while (n >= 8 && word_at(s.p + n - 8) == kBlankWord) n -= 8;
     while (n > 0 && s.p[n - 1] == kBlank) --n;
     return n;
+}
+
+// Number of leading blanks.
+inline int32_t leading_blanks(Text s) {
+    int32_t k = 0;
+    while (s.n - k >= 8 && word_at(s.p + k) == kBlankWord) k += 8;
+    while (k < s.n && s.p[k] == kBlank) ++k;
+    return k;
 }
 
 // ADJUSTL: the leading blanks move to the end.  The blanks are written first,
@@ -33,8 +53,7 @@ inline int32_t len_trim(Text s) {
 // move tolerates overlap, so the outcome for overlapping S and D is that of
 // the two steps taken in this order.
 inline void adjust_left(Text s, char* d) {
-    int32_t k = 0;
-    while (k < s.n && s.p[k] == kBlank) ++k;
+    const int32_t k = leading_blanks(s);
     if (s.n == 0) return;
     std::memset(d + (s.n - k), kBlank, static_cast<std::size_t>(k));
     std::memmove(d, s.p + k, static_cast<std::size_t>(s.n - k));
@@ -49,30 +68,50 @@ inline void adjust_right(Text s, char* d) {
     std::memmove(d + k, s.p, static_cast<std::size_t>(t));
 }
 
-// INDEX: forward, candidates for the first substring character come from
-// memchr and are confirmed by memcmp; backward, the same from the right end.
+// INDEX.  Sixteen candidate start positions at a time (SSE2, part of every
+// target): a start is a candidate when the string has the substring's first
+// byte there and its last byte m - 1 further on; only candidates are compared
+// in full.  Forward takes the lowest candidate of a block first, backward
+// the highest, so both give the position of the plain character-by-character
+// search.  The few starts that do not fill a block are checked one by one.
+inline bool match_at(Text s, Text sub, int32_t start) {
+    return s.p[start] == sub.p[0] && s.p[start + sub.n - 1] == sub.p[sub.n - 1] &&
+           std::memcmp(s.p + start, sub.p, static_cast<std::size_t>(sub.n)) == 0;
+}
+
+// Bit k set: start `from` + k is a candidate (both loads stay inside s).
+inline unsigned candidates(Text s, Text sub, int32_t from) {
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.p + from));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.p + from + sub.n - 1));
+    const __m128i hit = _mm_and_si128(_mm_cmpeq_epi8(a, _mm_set1_epi8(static_cast<char>(sub.p[0]))),
+                                      _mm_cmpeq_epi8(b, _mm_set1_epi8(static_cast<char>(sub.p[sub.n - 1]))));
+    return static_cast<unsigned>(_mm_movemask_epi8(hit));
+}
+
 inline int32_t index_of(Text s, Text sub, bool back) {
     const int32_t n = s.n, m = sub.n;
     if (n < m) return 0;
     if (m == 0) return back ? n + 1 : 1;
-    const unsigned char first = sub.p[0], last = sub.p[m - 1];
+    const int32_t last = n - m;  // the last start
     if (!back) {
-        const unsigned char* p = s.p;
-        const unsigned char* end = s.p + (n - m) + 1;  // one past the last start
-        while (p < end) {
-            p = static_cast<const unsigned char*>(std::memchr(p, first, static_cast<std::size_t>(end - p)));
-            if (!p) return 0;
-            if (p[m - 1] == last && std::memcmp(p + 1, sub.p + 1, static_cast<std::size_t>(m - 1)) == 0)
-                return static_cast<int32_t>(p - s.p) + 1;
-            ++p;
-        }
+        int32_t i = 0;
+        for (; i + 15 <= last; i += 16)
+            for (unsigned bits = candidates(s, sub, i); bits; bits &= bits - 1) {
+                int32_t start = i + __builtin_ctz(bits);
+                if (match_at(s, sub, start)) return start + 1;
+            }
+        for (; i <= last; ++i)
+            if (match_at(s, sub, i)) return i + 1;
         return 0;
     }
-    for (int32_t end = n; end >= m; --end) {  // end position of the candidate, 1-based
-        const unsigned char* start = s.p + (end - m);
-        if (start[m - 1] == last && start[0] == first && std::memcmp(start, sub.p, static_cast<std::size_t>(m)) == 0)
-            return end - m + 1;
-    }
+    int32_t j = last;  // blocks of starts j - 15 .. j
+    for (; j >= 15; j -= 16)
+        for (unsigned bits = candidates(s, sub, j - 15); bits; bits &= ~(1u << (31 - __builtin_clz(bits)))) {
+            int32_t start = j - 15 + (31 - __builtin_clz(bits));
+            if (match_at(s, sub, start)) return start + 1;
+        }
+    for (; j >= 0; --j)
+        if (match_at(s, sub, j)) return j + 1;
     return 0;
 }
 

@@ -235,4 +235,23 @@ TEST(TrimDeath, CapacityCheckedEvenWithoutFlags) {
                      kHead + "TRIM:\n The RESULT character string has length 2. It should have length 3.\n");
 }
 
+// Long operands over a two-letter alphabet: frequent candidates move INDEX
+// to its skipping search, long blank runs go by whole words.
+TEST(Position, LongOperandsAgreeWithDefinition) {
+    std::mt19937 gen(9);
+    for (int trial = 0; trial < 400; ++trial) {
+        std::string s(40 + gen() % 200, 'A'), t(1 + gen() % 6, 'A');
+        for (char& ch : s) ch = gen() % 5 ? 'A' : 'B';
+        for (char& ch : t) ch = gen() % 3 ? 'A' : 'B';
+        for (int back = 0; back < 2; ++back) ASSERT_EQ(idx(s, t, back), ref_index(s, t, back)) << s << '|' << t;
+    }
+    for (int32_t lead = 0; lead < 20; ++lead) {
+        std::string s(40, ' '), left(40, ' '), right(40, ' ');
+        s[lead] = left[0] = right[39] = 'X';
+        EXPECT_EQ(f90_lentrim(s.data() + 1, 39), lead);  // misaligned start
+        EXPECT_EQ(adjust(f90_adjustl, s), left);
+        EXPECT_EQ(adjust(f90_adjustr, s), right);
+    }
+}
+
 }  // namespace
