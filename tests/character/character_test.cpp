@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "support/arrays.h"
 
@@ -20,8 +21,12 @@ const std::string kHead = "ERROR calling the intrinsic subprogram ";
 constexpr int kNoBack = 0x7fff;
 template <class R>
 R position(void (*f)(ArgList*), const std::string& s, const std::string& t, int back = kNoBack) {
+    // Operands in blocks of exactly their length, so that a read past them
+    // shows under the address sanitizer.
+    std::vector<char> sb(s.begin(), s.end()), tb(t.begin(), t.end());
+    sb.shrink_to_fit(), tb.shrink_to_fit();
     Args a;
-    a.text(1, s.data(), static_cast<int32_t>(s.size())).text(2, t.data(), static_cast<int32_t>(t.size()));
+    a.text(1, sb.data(), static_cast<int32_t>(sb.size())).text(2, tb.data(), static_cast<int32_t>(tb.size()));
     if (back != kNoBack) a.value<int32_t>(3, back);
     std::memset(a.slot(0).bytes, 0xAB, sizeof a.slot(0).bytes);
     f(a.get());
