@@ -43,13 +43,6 @@ template <class T>
     return ::testing::AssertionFailure() << "got " << hex(got) << ", want " << hex(want);
 }
 
-// A value from its bit pattern (REAL(10): 16-bit sign/exponent, 64-bit
-// significand; REAL(16): high and low 64-bit halves).
-inline float f32(uint32_t w) { float v; std::memcpy(&v, &w, 4); return v; }
-inline double f64(uint64_t w) { double v; std::memcpy(&v, &w, 8); return v; }
-inline Real10 f80(uint16_t se, uint64_t m) { return intrins::from_bits(intrins::Real10Bits{m, se}); }
-inline Quad f128(uint64_t hi, uint64_t lo) { return intrins::from_bits(intrins::QuadBits{lo, hi}); }
-
 template <class T>
 struct R;
 
@@ -66,6 +59,9 @@ struct R;
         static T setexp(T x, int32_t i) { return f90_setexp##k(&x, &i); }           \
         static T modulo(T a, T p) { return f90_modulor##k(&a, &p); }                \
         static int32_t ceiling(T x) { return f90_ceiling##k(&x); }                  \
+        static int32_t floor(T x) { return f90_floor##k(&x); }                      \
+        static int16_t ceilingh(T x) { return f90_ceilingh##k(&x); }                \
+        static int64_t ceilingk(T x) { return f90_ceilingk##k(&x); }                \
         static T fmod(T a, T p) { return std::fmod(a, p); }                         \
         static T ldexp(T x, int n) { return std::ldexp(x, n); }                     \
         static T next(T x, T to) { return std::nextafter(x, to); }                  \
@@ -94,6 +90,9 @@ struct R<Real10> {
     static Real10 setexp(Real10 x, int32_t i) { return f90_setexp10(Arg10(x).b, &i); }
     static Real10 modulo(Real10 a, Real10 p) { return f90_modulor10(Arg10(a).b, Arg10(p).b); }
     static int32_t ceiling(Real10 x) { return f90_ceiling10(Arg10(x).b); }
+    static int32_t floor(Real10 x) { return f90_floor10(Arg10(x).b); }
+    static int16_t ceilingh(Real10 x) { return f90_ceilingh10(Arg10(x).b); }
+    static int64_t ceilingk(Real10 x) { return f90_ceilingk10(Arg10(x).b); }
     static Real10 fmod(Real10 a, Real10 p) { return std::fmod(a, p); }
     static Real10 ldexp(Real10 x, int n) { return std::ldexp(x, n); }
     static Real10 next(Real10 x, Real10 to) { return std::nextafter(x, to); }
@@ -122,6 +121,9 @@ struct R<Quad> {
     static Quad setexp(Quad x, int32_t i) { return via_slot(f90_setexp16, &x, &i); }
     static Quad modulo(Quad a, Quad p) { return via_slot(f90_modulor16, &a, &p); }
     static int32_t ceiling(Quad x) { return f90_ceiling16(&x); }
+    static int32_t floor(Quad x) { return f90_floor16(&x); }
+    static int16_t ceilingh(Quad x) { return f90_ceilingh16(&x); }
+    static int64_t ceilingk(Quad x) { return f90_ceilingk16(&x); }
     static Quad fmod(Quad a, Quad p) { return fmodq(a, p); }
     static Quad ldexp(Quad x, int n) { return ldexpq(x, n); }
     static Quad next(Quad x, Quad to) { return nextafterq(x, to); }
