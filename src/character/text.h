@@ -24,18 +24,16 @@ struct Text {
         : p(static_cast<const unsigned char*>(addr)), n(len < 0 ? 0 : len) {}
 };
 
-// Eight bytes at p, in any alignment.
-inline uint64_t word_at(const unsigned char* p) {
-    uint64_t w;
-    std::memcpy(&w, p, sizeof w);
-    return w;
+// True when the sixteen bytes at p (any alignment) are all blanks.
+inline bool blank_block(const unsigned char* p) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(static_cast<char>(kBlank)))) == 0xffff;
 }
-inline constexpr uint64_t kBlankWord = 0x2020202020202020ull;
 
-// Length without the trailing blanks; whole words of blanks at a time.
+// Length without the trailing blanks; sixteen blanks at a time.
 inline int32_t len_trim(Text s) {
     int32_t n = s.n;
-    while (n >= 8 && word_at(s.p + n - 8) == kBlankWord) n -= 8;
+    while (n >= 16 && blank_block(s.p + n - 16)) n -= 16;
     while (n > 0 && s.p[n - 1] == kBlank) --n;
     return n;
 }
@@ -43,7 +41,7 @@ inline int32_t len_trim(Text s) {
 // Number of leading blanks.
 inline int32_t leading_blanks(Text s) {
     int32_t k = 0;
-    while (s.n - k >= 8 && word_at(s.p + k) == kBlankWord) k += 8;
+    while (s.n - k >= 16 && blank_block(s.p + k)) k += 16;
     while (k < s.n && s.p[k] == kBlank) ++k;
     return k;
 }
