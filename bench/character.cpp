@@ -10,12 +10,9 @@
 
 #include "intrins.h"
 
-extern "C" {
-void character_peer_index_(const char* s, const char* t, const int* back, int* r, std::size_t ls, std::size_t lt);
-void character_peer_scan_(const char* s, const char* t, const int* back, int* r, std::size_t ls, std::size_t lt);
-void character_peer_verify_(const char* s, const char* t, const int* back, int* r, std::size_t ls, std::size_t lt);
-void character_peer_len_trim_(const char* s, int* r, std::size_t ls);
-}
+// which: 1 INDEX, 2 SCAN, 3 VERIFY, 4 LEN_TRIM; lengths follow as hidden arguments.
+extern "C" void character_peer_(const int* which, const char* s, const char* t, const int* back, int* r,
+                                std::size_t ls, std::size_t lt);
 
 namespace {
 
@@ -29,7 +26,6 @@ std::string text(std::size_t n, const std::string& needle, bool back) {
 }
 
 using LibFn = void (*)(ArgList*);
-using PeerFn = void (*)(const char*, const char*, const int*, int*, std::size_t, std::size_t);
 
 int32_t lib_call(LibFn f, const std::string& s, const std::string& t, int back) {
     ArgList a{};
@@ -43,7 +39,7 @@ int32_t lib_call(LibFn f, const std::string& s, const std::string& t, int back) 
 
 // state.range(0): length; range(1): 0 library, 1 peer; range(2): BACK.
 // The peer gets the same operands through its own calling convention.
-template <LibFn Lib, PeerFn Peer>
+template <LibFn Lib, int Peer>
 void run(benchmark::State& state, const std::string& s, const std::string& t) {
     const int back = static_cast<int>(state.range(2));
     int32_t r = 0;
@@ -52,7 +48,8 @@ void run(benchmark::State& state, const std::string& s, const std::string& t) {
             r = lib_call(Lib, s, t, back);
         } else {
             int rr;
-            Peer(s.data(), t.data(), &back, &rr, s.size(), t.size());
+            const int which = Peer;
+            character_peer_(&which, s.data(), t.data(), &back, &rr, s.size(), t.size());
             r = rr;
         }
         benchmark::DoNotOptimize(r);
@@ -63,19 +60,19 @@ void run(benchmark::State& state, const std::string& s, const std::string& t) {
 
 void BM_IndexText(benchmark::State& state) {
     const std::string needle = "needle";
-    run<f90_index, character_peer_index_>(state, text(state.range(0), needle, state.range(2)), needle);
+    run<f90_index, 1>(state, text(state.range(0), needle, state.range(2)), needle);
 }
 void BM_IndexOneLetter(benchmark::State& state) {  // "aaa...a" searched for "aab"
     std::string s(static_cast<std::size_t>(state.range(0)), 'a');
-    run<f90_index, character_peer_index_>(state, s, "aab");
+    run<f90_index, 1>(state, s, "aab");
 }
 void BM_Scan(benchmark::State& state) {
     std::string s = text(state.range(0), "Q", state.range(2));
-    run<f90_scan, character_peer_scan_>(state, s, "QXZ");
+    run<f90_scan, 2>(state, s, "QXZ");
 }
 void BM_Verify(benchmark::State& state) {
     std::string s = text(state.range(0), "Q", state.range(2));
-    run<f90_verify, character_peer_verify_>(state, s, "etaoinshrdlu ");
+    run<f90_verify, 3>(state, s, "etaoinshrdlu ");
 }
 void BM_LenTrim(benchmark::State& state) {
     std::string s(static_cast<std::size_t>(state.range(0)), ' ');
@@ -86,7 +83,8 @@ void BM_LenTrim(benchmark::State& state) {
             r = f90_lentrim(s.data(), static_cast<int32_t>(s.size()));
         } else {
             int rr;
-            character_peer_len_trim_(s.data(), &rr, s.size());
+            const int which = 4, back = 0;
+            character_peer_(&which, s.data(), s.data(), &back, &rr, s.size(), 0);
             r = rr;
         }
         benchmark::DoNotOptimize(r);

@@ -1,28 +1,18 @@
-! GNU Fortran peers of the character benchmarks: each call reaches the GNU
-! Fortran runtime's own string routines (the operands are not constants).
-subroutine character_peer_index(s, t, back, r)
+! GNU Fortran peer of the character benchmarks: each call reaches the GNU
+! Fortran runtime's own string routine (the operands are not constants).
+! which: 1 INDEX, 2 SCAN, 3 VERIFY, 4 LEN_TRIM (t and back unused).
+subroutine character_peer(which, s, t, back, r)
+  integer, intent(in) :: which, back
   character(*), intent(in) :: s, t
-  integer, intent(in) :: back
   integer, intent(out) :: r
-  r = index(s, t, back /= 0)
-end subroutine
-
-subroutine character_peer_scan(s, t, back, r)
-  character(*), intent(in) :: s, t
-  integer, intent(in) :: back
-  integer, intent(out) :: r
-  r = scan(s, t, back /= 0)
-end subroutine
-
-subroutine character_peer_verify(s, t, back, r)
-  character(*), intent(in) :: s, t
-  integer, intent(in) :: back
-  integer, intent(out) :: r
-  r = verify(s, t, back /= 0)
-end subroutine
-
-subroutine character_peer_len_trim(s, r)
-  character(*), intent(in) :: s
-  integer, intent(out) :: r
-  r = len_trim(s)
+  select case (which)
+  case (1)
+    r = index(s, t, back /= 0)
+  case (2)
+    r = scan(s, t, back /= 0)
+  case (3)
+    r = verify(s, t, back /= 0)
+  case default
+    r = len_trim(s)
+  end select
 end subroutine

@@ -15,7 +15,6 @@ namespace {
 
 template <class T>
 class RealModel : public ::testing::Test {};
-using Kinds = ::testing::Types<float, double, Real10, Quad>;
 TYPED_TEST_SUITE(RealModel, Kinds);
 
 template <class T>

@@ -146,4 +146,7 @@ struct Classes {
 template <class T>
 bool is_nan(T x) { return x != x; }
 
+// The kinds of the typed tests.
+using Kinds = ::testing::Types<float, double, Real10, Quad>;
+
 }  // namespace numtest
