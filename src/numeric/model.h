@@ -21,6 +21,12 @@
 //   quad; REAL(10) keeps its exponent in a 16-bit word of its own, so there
 //   the join is exact;
 // - exponent sums (e + i) wrap in 32 bits, as the processor's do.
+// For REAL(10) and REAL(16), where only the rules are given, the double
+// steps are carried over to their fields: FRACTION and RRSPACING normalise
+// a subnormal with unsigned shifts across the whole fraction, NEAREST's
+// subnormal step is the one bit at position (stored bits - 1 + t), and
+// SPACING of REAL(16) below the normal range is TINY like single and double
+// (only REAL(10) wraps its exponent field).
 #pragma once
 
 #include <cstdint>

@@ -23,7 +23,6 @@
 #include "intrins.h"
 
 #include "format.h"
-#include "frame/wrap.h"
 
 namespace intrins::num {
 
