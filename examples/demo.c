@@ -96,9 +96,71 @@ static void demo_clock(void) {
     f90_freespace(v.BASE);
 }
 
+static void demo_character(void) {
+    /* INDEX('ABCABC', 'BC', BACK=.TRUE.) -- an ArgList with BACK present */
+    ArgList a;
+    memset(&a, 0, sizeof a);
+    a.Presence = F90_PRESENT_ARG1 | F90_PRESENT_ARG2 | F90_PRESENT_ARG3;
+    a.ARG1.w[0] = (F90Word) "ABCABC", a.ARG1.w[1] = 6;
+    a.ARG2.w[0] = (F90Word) "BC", a.ARG2.w[1] = 2;
+    a.ARG3.w[0] = 1;
+    f90_index(&a);
+    printf("INDEX('ABCABC', 'BC', BACK=.TRUE.) = %d\n", (int)(int32_t)a.Result.w[0]);
+
+    /* TRIM('ABC  ') into library storage, REPEAT('AB', 3) into a caller buffer */
+    memset(&a, 0, sizeof a);
+    a.ARG1.w[0] = (F90Word) "ABC  ", a.ARG1.w[1] = 5;
+    f90_trim(&a);
+    printf("TRIM('ABC  ') = '%.*s'\n", (int)a.Result.w[1], (const char *)a.Result.w[0]);
+    f90_freespace((void *)a.Result.w[0]);
+    char buf[8];
+    memset(&a, 0, sizeof a);
+    a.Presence = F90_PRESENT_RESULT | F90_PRESENT_ARG1 | F90_PRESENT_ARG2;
+    a.Flags = F90_FLAG_CHECK;
+    a.Result.w[0] = (F90Word)buf, a.Result.w[1] = sizeof buf;
+    a.ARG1.w[0] = (F90Word) "AB", a.ARG1.w[1] = 2;
+    a.ARG2.w[0] = 3;
+    f90_repeat(&a);
+    printf("REPEAT('AB', 3) = '%.*s'\n", (int)a.Result.w[1], buf);
+
+    char adj[6];
+    f90_adjustr("AB    ", 6, adj);
+    printf("ADJUSTR('AB    ') = '%.6s', LEN_TRIM = %d\n", adj, (int)f90_lentrim("AB    ", 6));
+}
+
+static void demo_numeric(void) {
+    float x = 3.0f, s = -1.0f;
+    int32_t i = 1;
+    printf("EXPONENT(3.0) = %d, FRACTION(3.0) = %g, SET_EXPONENT(3.0, 1) = %g\n", (int)f90_exponent4(&x),
+           f90_fraction4(&x), f90_setexp4(&x, &i));
+    printf("NEAREST(3.0, -1.0) = %.9g, SPACING(3.0) = %g\n", f90_nearest4(&x, &s), f90_spacing4(&x));
+    double d = -2.5;
+    printf("CEILING(-2.5D0) = %d, FLOOR(-2.5D0) entry gives %d (kept as is)\n", (int)f90_ceiling8(&d),
+           (int)f90_floor8(&d));
+    unsigned char q[16], r[16];
+    __float128 v = 10;
+    int32_t n = -3;
+    memcpy(q, &v, 16);
+    f90_scale16(r, q, &n);
+    memcpy(&v, r, 16);
+    printf("SCALE(10.0_16, -3) = %g\n", (double)v);
+    int32_t a = -7, p = 3, to = 0, from_pos = 4, len = 8, to_pos = 0;
+    printf("MODULO(-7, 3) = %d\n", (int)f90_moduloi4(&a, &p));
+    f90_mvbits4(0xABCD, &from_pos, &len, &to, &to_pos);
+    printf("MVBITS(Z'ABCD', 4, 8, TO, 0): TO = Z'%X'\n", (unsigned)to);
+    ArgList k;
+    memset(&k, 0, sizeof k);
+    k.Presence = F90_PRESENT_ARG1;
+    k.ARG1.w[0] = 7;
+    f90_selrealkind(&k);
+    printf("SELECTED_REAL_KIND(P=7) = %d\n", (int)(int32_t)k.Result.w[0]);
+}
+
 int main(void) {
     demo_frame();
     demo_random();
     demo_clock();
+    demo_character();
+    demo_numeric();
     return 0;
 }
