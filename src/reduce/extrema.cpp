@@ -12,6 +12,7 @@
 #include "intrins.h"
 #include "reduce/lists.h"
 #include "reduce/order.h"
+#include "reduce/simd.h"
 #include "reduce/walk.h"
 
 namespace intrins::reduce {
@@ -29,6 +30,44 @@ struct Extreme : Order<E, Max> {
     }
     static void seed(acc& m, const char* e) { m = O::load(e); }
     static void put(char* dst, const acc& m) { Kind<E>::store(dst, m); }
+
+    // A contiguous run, forward or backward.  For integers the order does
+    // not matter: the vector extreme is the answer.  For floats the vector
+    // extreme (NaNs aside) is the answer unless it is a zero (then the
+    // first zero in visiting order decides its sign) or, for the min rule,
+    // a NaN is involved (then the order decides everything); those runs
+    // take the ordered loop.
+    static void run(acc& m, const char* p, std::ptrdiff_t s, int32_t n, int32_t k0) {
+        constexpr bool vector = std::is_integral_v<E> || std::is_same_v<E, float> || std::is_same_v<E, double>;
+        if constexpr (vector) {
+            if (s == static_cast<std::ptrdiff_t>(sizeof(E)) || s == -static_cast<std::ptrdiff_t>(sizeof(E))) {
+                const char* lo = s > 0 ? p : p + std::ptrdiff_t{n - 1} * s;
+                if (n <= 0) return;
+                if (std::is_integral_v<E> || (Max && m != m)) {
+                    if constexpr (std::is_integral_v<E>) {
+                        auto r = simd::extreme<E, Max>(lo, n);
+                        if (O::beats(r.value, m)) m = r.value;
+                    }
+                    return;
+                }
+                auto r = simd::extreme<E, Max>(lo, n);
+                if (!r.nan && m == m) {
+                    if (!(Max ? r.value > m : r.value < m)) return;
+                    if (r.value != 0) {
+                        m = r.value;
+                        return;
+                    }
+                } else if (Max) {
+                    if (!(r.value > m)) return;
+                    if (r.value != 0) {
+                        m = r.value;
+                        return;
+                    }
+                }
+            }
+        }
+        for (int32_t i = 0; i < n; ++i) add(m, p + i * s, k0 + i);
+    }
 };
 
 template <class P>

@@ -26,6 +26,7 @@
 #include "intrins.h"
 #include "reduce/lists.h"
 #include "reduce/order.h"
+#include "reduce/simd.h"
 #include "reduce/walk.h"
 
 namespace intrins::reduce {
@@ -47,6 +48,36 @@ struct Loc : Order<E, Max> {
     }
     static void seed(acc& a, const char* e) { a = {O::load(e), 1}; }
     static void put(char* dst, const acc& a) { Kind<Out>::store(dst, static_cast<Out>(a.pos)); }
+
+    // A contiguous forward run, in blocks: the vector extreme of a block
+    // tells whether anything in it beats the running value; if so, the
+    // first element equal to that extreme is the one the ordered scan would
+    // end on (earlier elements are worse, later equal ones do not replace).
+    // A block holding a NaN hands the rest of the run to the ordered loop.
+    static void run(acc& a, const char* p, std::ptrdiff_t s, int32_t n, int32_t k0) {
+        constexpr bool vector = std::is_integral_v<E> || std::is_same_v<E, float> || std::is_same_v<E, double>;
+        int32_t i = 0;
+        if constexpr (vector) {
+            if (s == static_cast<std::ptrdiff_t>(sizeof(E))) {
+                constexpr int32_t kChunk = 2048;
+                for (; i < n; i += kChunk) {
+                    const int32_t len = n - i < kChunk ? n - i : kChunk;
+                    const char* q = p + std::ptrdiff_t{i} * s;
+                    auto r = simd::extreme<E, Max>(q, len);
+                    if (r.nan || a.v != a.v) break;
+                    if (!O::beats(r.value, a.v)) continue;
+                    for (int32_t j = 0;; ++j) {
+                        value x = O::load(q + std::ptrdiff_t{j} * s);
+                        if (x == r.value) {
+                            a = {x, wadd(k0, wadd(i, j + 1))};
+                            break;
+                        }
+                    }
+                }
+            }
+        }
+        for (; i < n; ++i) add(a, p + std::ptrdiff_t{i} * s, wadd(k0, i));
+    }
 };
 
 template <class Out>

@@ -15,11 +15,13 @@
 // with anything never yields -0.0, and x * 1 is x.  The complex product is
 // the exception (1 + 0i times an infinite accumulator makes NaNs), so it
 // branches.
+#include <cstring>
 #include <type_traits>
 
 #include "intrins.h"
 #include "reduce/arith.h"
 #include "reduce/lists.h"
+#include "reduce/simd.h"
 #include "reduce/walk.h"
 
 namespace intrins::reduce {
@@ -48,6 +50,12 @@ struct Fold {
     // can vectorize what the order allows (integers).
     static void run(acc& a, const char* p, std::ptrdiff_t s, int32_t n, int32_t) {
         acc r = a;
+        if constexpr (!Product && std::is_unsigned_v<acc> && sizeof(acc) == size) {
+            if (s == static_cast<std::ptrdiff_t>(size)) {
+                a = a + simd::sum<E, acc>(p, n);
+                return;
+            }
+        }
         if (s == static_cast<std::ptrdiff_t>(size)) {
             for (int32_t i = 0; i < n; ++i) r = combine(r, at(p + i * size));
         } else {
@@ -59,7 +67,19 @@ struct Fold {
                            int32_t n, int32_t) {
         acc r = a;
         const acc id = init();
-        if constexpr (selects) {
+        if constexpr (std::is_same_v<acc, double>) {
+            // A masked-out element becomes +0.0 (or 1.0) through its bits,
+            // without a branch.
+            for (int32_t i = 0; i < n; ++i) {
+                double x = at(p + i * s);
+                uint64_t b;
+                std::memcpy(&b, &x, 8);
+                uint64_t keep = 0 - static_cast<uint64_t>(mask_true(m + i * ms));
+                b = (b & keep) | (Product ? 0x3FF0000000000000ull & ~keep : 0);
+                std::memcpy(&x, &b, 8);
+                r = combine(r, x);
+            }
+        } else if constexpr (selects) {
             if (s == static_cast<std::ptrdiff_t>(size) && ms == 4) {
                 for (int32_t i = 0; i < n; ++i) r = combine(r, mask_true(m + 4 * i) ? at(p + i * size) : id);
             } else {

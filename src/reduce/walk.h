@@ -25,6 +25,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstdint>
 #include <cstring>
 
@@ -221,9 +222,13 @@ void fold_whole(const Nest<2>& n, typename P::acc& acc) {
     });
 }
 
-// Result elements per block of the DIM walk.
+// Result elements per block: many when they lie side by side in memory (DIM
+// > 1: long contiguous sweeps), few when each runs down its own stretch of
+// memory (DIM = 1: a handful of interleaved streams hides the latency of
+// each ordered chain).
 template <class P>
-inline constexpr int32_t kBlock = sizeof(typename P::acc) <= 16 ? 64 : 16;
+inline constexpr int32_t kBlock = sizeof(typename P::acc) <= 16 ? 512 : 64;
+inline constexpr int32_t kStreams = 8;
 
 template <class P, bool Masked>
 void fold_dim(const DimNest& n) {
@@ -246,8 +251,10 @@ void fold_dim(const DimNest& n) {
             }
             for (int32_t j = 0; j < b; ++j) P::put(p[2] + (j0 + j) * s[2], acc[j]);
         };
-        for (int32_t j0 = 0; j0 < len; j0 += kBlock<P>) {
-            int32_t b = std::min(kBlock<P>, len - j0);
+        const bool along = std::abs(n.astep) < std::abs(s[0]);
+        const int32_t per = along ? kStreams : kBlock<P>;
+        for (int32_t j0 = 0; j0 < len; j0 += per) {
+            int32_t b = std::min(per, len - j0);
             if (s[0] == static_cast<std::ptrdiff_t>(P::size))
                 block(j0, b, std::integral_constant<std::ptrdiff_t, P::size>{});
             else block(j0, b, s[0]);
