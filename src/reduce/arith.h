@@ -27,20 +27,18 @@ struct Arith {
     static acc widen(value v) { return static_cast<acc>(v); }
     static value narrow(acc a) { return static_cast<value>(a); }
 };
-template <>
-struct Arith<R10> {
-    using value = Real10;
-    using acc = Real10;
+// REAL(10) and REAL(16) accumulate in their own format.
+template <class E>
+struct OwnArith {
+    using value = typename Kind<E>::value;
+    using acc = value;
     static acc widen(value v) { return v; }
     static value narrow(acc a) { return a; }
 };
 template <>
-struct Arith<Quad> {
-    using value = Quad;
-    using acc = Quad;
-    static acc widen(value v) { return v; }
-    static value narrow(acc a) { return a; }
-};
+struct Arith<R10> : OwnArith<R10> {};
+template <>
+struct Arith<Quad> : OwnArith<Quad> {};
 template <class E>
 struct Arith<Cplx<E>> {
     using part = Arith<E>;

@@ -85,10 +85,7 @@ void extreme_reduce(ArgList* args, const char* name, int32_t elsize) {
     if (!f.array_mask()) f.mask = nullptr;  // a true scalar MASK is dropped
     if (f.dim_path()) {
         if (!f.supplied()) allocate_dim_result(f, elsize);
-        DimNest n = dim_nest(f);
-        if (empty) fill_dim<P>(n);
-        else if (f.mask) fold_dim<P, true>(n);
-        else fold_dim<P, false>(n);
+        reduce_dim<P>(f, empty);
         return;
     }
     if (!f.supplied()) {  // a scalar: rank 0, first dimension 0:0
@@ -107,10 +104,8 @@ void extreme_reduce(ArgList* args, const char* name, int32_t elsize) {
             fold_whole<P, true>(
                 linear_nest(f, -std::ptrdiff_t{a.ELSIZE}, -std::ptrdiff_t{f.mask->ELSIZE}, a.EXTENT, a.EXTENT - 1),
                 m);
-        } else if (f.mask) {
-            fold_whole<P, true>(element_nest(f), m);
         } else {
-            fold_whole<P, false>(element_nest(f), m);
+            reduce_whole<P>(f, element_nest(f), m);
         }
     }
     P::put(f.result->BASE, m);

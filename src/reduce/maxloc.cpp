@@ -133,10 +133,7 @@ void loc_reduce(ArgList* args, const char* name) {
     if (!f.array_mask()) f.mask = nullptr;
     if (f.dim_path()) {
         if (!f.supplied()) allocate_dim_result(f, elsize);
-        DimNest dn = dim_nest(f);
-        if (empty) fill_dim<P>(dn);
-        else if (f.mask) fold_dim<P, true>(dn);
-        else fold_dim<P, false>(dn);
+        reduce_dim<P>(f, empty);
         return;
     }
     if (!f.supplied()) {
@@ -151,10 +148,8 @@ void loc_reduce(ArgList* args, const char* name) {
         } else if (a.NONCONTIG == 0 && !f.mask) {
             acc.pos = wadd(a.EXTENT, 1);
             fold_whole<P, false>(contiguous_nest(f), acc);
-        } else if (f.mask) {
-            fold_whole<P, true>(element_nest(f), acc);
         } else {
-            fold_whole<P, false>(element_nest(f), acc);
+            reduce_whole<P>(f, element_nest(f), acc);
         }
     }
     store_position<Out>(f, n, acc.pos);

@@ -113,10 +113,7 @@ void arith_reduce(ArgList* args, const char* name) {
     }
     const bool empty = f.masked_out();
     if (f.dim_path()) {
-        DimNest n = dim_nest(f);
-        if (empty) fill_dim<P>(n);
-        else if (f.array_mask()) fold_dim<P, true>(n);
-        else fold_dim<P, false>(n);
+        reduce_dim<P>(f, empty);
         return;
     }
     // A scalar stored into a result allocated here with no room (a rank-1
@@ -127,8 +124,7 @@ void arith_reduce(ArgList* args, const char* name) {
         bool contiguous = f.array->NONCONTIG == 0 && f.result->NONCONTIG == 0 &&
                           (!f.array_mask() || f.mask->NONCONTIG == 0);
         Nest<2> n = contiguous ? contiguous_nest(f) : element_nest(f);
-        if (f.array_mask()) fold_whole<P, true>(n, acc);
-        else fold_whole<P, false>(n, acc);
+        reduce_whole<P>(f, n, acc);
     }
     P::put(f.result->BASE, acc);
 }

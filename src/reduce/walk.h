@@ -268,4 +268,21 @@ void fill_dim(const DimNest& n) {
     n.outer.elements([&](char* const* p) { P::put(p[2], P::init()); });
 }
 
+// The DIM path of a call whose MASK is absent, an array, or a scalar
+// (`empty`: a false one, which leaves only identities).
+template <class P>
+void reduce_dim(const Frame& f, bool empty) {
+    DimNest n = dim_nest(f);
+    if (empty) fill_dim<P>(n);
+    else if (f.array_mask()) fold_dim<P, true>(n);
+    else fold_dim<P, false>(n);
+}
+
+// The whole-array walk of a nest, masked when the call has an array MASK.
+template <class P>
+void reduce_whole(const Frame& f, const Nest<2>& n, typename P::acc& acc) {
+    if (f.array_mask()) fold_whole<P, true>(n, acc);
+    else fold_whole<P, false>(n, acc);
+}
+
 }  // namespace intrins::reduce
