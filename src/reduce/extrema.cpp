@@ -41,8 +41,8 @@ struct Extreme : Order<E, Max> {
         constexpr bool vector = std::is_integral_v<E> || std::is_same_v<E, float> || std::is_same_v<E, double>;
         if constexpr (vector) {
             if (s == static_cast<std::ptrdiff_t>(sizeof(E)) || s == -static_cast<std::ptrdiff_t>(sizeof(E))) {
-                const char* lo = s > 0 ? p : p + std::ptrdiff_t{n - 1} * s;
                 if (n <= 0) return;
+                const char* lo = s > 0 ? p : p + std::ptrdiff_t{n - 1} * s;
                 if (std::is_integral_v<E> || (Max && m != m)) {
                     if constexpr (std::is_integral_v<E>) {
                         auto r = simd::extreme<E, Max>(lo, n);
