@@ -28,6 +28,7 @@
 #include <cstdlib>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "frame/call.h"
 #include "frame/cursor.h"
@@ -237,8 +238,15 @@ void fold_dim(const DimNest& n) {
         // One block: `step` is ARRAY's byte step between result elements;
         // a separate instance for the contiguous step lets the inner loop
         // run over adjacent elements.
-        auto block = [&](int32_t j0, int32_t b, auto step) {
-            Acc acc[kBlock<P>];
+        // b (the block's length) is a constant for a full block of streams,
+        // so that its accumulators can live in registers.
+        auto block = [&](int32_t j0, auto b, auto step) {
+            using B = decltype(b);
+            constexpr int32_t cap = [] {
+                if constexpr (std::is_integral_v<B>) return kBlock<P>;
+                else return B::value;
+            }();
+            Acc acc[cap];
             for (int32_t j = 0; j < b; ++j) acc[j] = P::init();
             const char* a = p[0] + j0 * s[0];
             const char* m = p[1] + j0 * s[1];
@@ -257,7 +265,10 @@ void fold_dim(const DimNest& n) {
             int32_t b = std::min(per, len - j0);
             if (s[0] == static_cast<std::ptrdiff_t>(P::size))
                 block(j0, b, std::integral_constant<std::ptrdiff_t, P::size>{});
-            else block(j0, b, s[0]);
+            else if (b == kStreams)
+                block(j0, std::integral_constant<int32_t, kStreams>{}, s[0]);
+            else
+                block(j0, b, s[0]);
         }
     });
 }
