@@ -52,12 +52,6 @@ struct Scalar {
 };
 
 template <class T>
-T bits_as(uint64_t b) {
-    T v;
-    std::memcpy(&v, &b, sizeof v);
-    return v;
-}
-template <class T>
 uint64_t bits_of(T v) {
     uint64_t b = 0;
     std::memcpy(&b, &v, sizeof v);
