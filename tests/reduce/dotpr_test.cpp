@@ -45,6 +45,23 @@ TEST(Dot, IntegersWrapAndLandInTheSlot) {
     EXPECT_EQ(g.slot<int64_t>(), 1);  // 2 * INT64_MAX = -2 (mod 2^64), + 3
 }
 
+TEST(Dot, NarrowKinds) {
+    Dot i2(2, 2);
+    i2.a.fill<int16_t>({300, -2});
+    i2.b.fill<int16_t>({300, 5});
+    f90_dotpri2(i2.args.get());
+    EXPECT_EQ(i2.slot<int16_t>(), static_cast<int16_t>(90000 - 10));
+    Dot l1(3, 1), l2(3, 2);
+    l1.a.fill<int8_t>({0, 4, 1});
+    l1.b.fill<int8_t>({1, 0, 0});
+    f90_dotprl1(l1.args.get());
+    EXPECT_EQ(l1.slot<int8_t>(), 0);
+    l2.a.fill<int16_t>({0, 256, 1});
+    l2.b.fill<int16_t>({1, 1, 0});
+    f90_dotprl2(l2.args.get());
+    EXPECT_EQ(l2.slot<int16_t>(), 1);  // 256: a high-byte bit is true
+}
+
 TEST(Dot, Logical) {
     Dot d(2, 4);
     d.a.fill<int32_t>({1, 0});
