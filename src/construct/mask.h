@@ -40,14 +40,65 @@ int64_t pack_flat(int32_t elsz, char* d, int64_t cap, const char* a, const char*
 template <class E>
 int64_t pack_flat_generic(E e, char* d, int64_t cap, const char* a, const char* m, int64_t n) {
     const std::ptrdiff_t sz = e.bytes();
-    int64_t w = 0;
-    for (int64_t i = 0; i < n; ++i) {
+    int64_t w = 0, i = 0;
+    if constexpr (E::kSize > 0 && E::kSize <= 16) {
+        // Branch-free into a buffer, block by block; only the selected
+        // elements reach the result.
+        constexpr int64_t kBlock = 256;
+        unsigned char buf[kBlock * E::kSize];
+        for (; i + kBlock <= n && w < cap; i += kBlock) {
+            int64_t c = 0;
+            for (int64_t j = 0; j < kBlock; ++j) {
+                copy_elem(e, reinterpret_cast<char*>(buf) + c * sz, a + (i + j) * sz);
+                c += read_i32(m + 4 * (i + j)) != 0;
+            }
+            c = std::min(c, cap - w);
+            std::memcpy(d + w * sz, buf, static_cast<std::size_t>(c * sz));
+            w += c;
+        }
+        if (w == cap) return w;
+    }
+    for (; i < n; ++i) {
         if (read_i32(m + 4 * i) == 0) continue;
         if (w == cap) break;
         copy_elem(e, d + w * sz, a + i * sz);
         ++w;
     }
     return w;
+}
+
+// Flat UNPACK of count positions: VECTOR v holds vl elements; FIELD f steps
+// by fstep bytes (0: a scalar).
+void unpack_flat(int32_t elsz, char* d, const char* v, int64_t vl, const char* m, const char* f,
+                 std::ptrdiff_t fstep, int64_t count);
+
+template <class E>
+void unpack_flat_generic(E e, char* d, const char* v, int64_t vl, const char* m, const char* f,
+                         std::ptrdiff_t fstep, int64_t count) {
+    const std::ptrdiff_t sz = e.bytes();
+    constexpr int64_t kBlock = 256;
+    for (int64_t i0 = 0; i0 < count; i0 += kBlock) {
+        const int64_t end = std::min(count, i0 + kBlock);
+        if (vl >= end - i0) {
+            // VECTOR cannot run out within the block: no branch on MASK.
+            for (int64_t i = i0; i < end; ++i) {
+                const int64_t t = read_i32(m + 4 * i) & 1;
+                copy_elem(e, d + i * sz, t ? v : f + i * fstep);
+                v += t * sz;
+                vl -= t;
+            }
+            continue;
+        }
+        for (int64_t i = i0; i < end; ++i) {
+            if (!(read_i32(m + 4 * i) & 1)) {
+                copy_elem(e, d + i * sz, f + i * fstep);
+            } else if (vl > 0) {
+                copy_elem(e, d + i * sz, v);
+                v += sz;
+                --vl;
+            }
+        }
+    }
 }
 
 // PACK's gather: ARRAY's elements where MASK is true, into the result
@@ -92,23 +143,8 @@ void unpack_masked(E e, const ArrDesc& r, const ArrDesc& vec, const ArrDesc& mas
     count = std::min({count, rs.left(), ms.left()});
     const bool fields_flat = !field || (flat(fs, sz) && fs.left() >= count);
     if (flat(rs, sz) && flat(vs, sz) && flat(ms, 4) && fields_flat) {
-        char* d = rs.ptr();
-        const char* v = vs.ptr();
-        const char* m = ms.ptr();
-        const char* f = field ? fs.ptr() : value;
-        const std::ptrdiff_t fs_step = field ? sz : 0;
-        int64_t vl = vs.left();
-        for (int64_t i = 0; i < count; ++i) {
-            if (read_i32(m + 4 * i) & 1) {
-                if (vl > 0) {
-                    copy_elem(e, d + i * sz, v);
-                    v += sz;
-                    --vl;
-                }
-            } else {
-                copy_elem(e, d + i * sz, f + i * fs_step);
-            }
-        }
+        unpack_flat(e.bytes(), rs.ptr(), vs.ptr(), vs.left(), ms.ptr(), field ? fs.ptr() : value, field ? sz : 0,
+                    count);
         return;
     }
     for (int64_t i = 0; i < count; ++i) {

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <algorithm>
+#include <utility>
 #include <cstdint>
 #include <cstring>
 
@@ -26,12 +27,28 @@ namespace intrins::construct {
 
 template <int S>
 struct Fixed {
+    static constexpr int kSize = S;
     static constexpr int32_t bytes() { return S; }
 };
 struct Bytes {
+    static constexpr int kSize = 0;  // known only at run time
     int32_t n;
     int32_t bytes() const { return n; }
 };
+
+// Calls fn with the size policy for elsz: a fixed size where the kernels
+// gain from one, else Bytes.
+template <class Fn>
+decltype(auto) by_size(int32_t elsz, Fn&& fn) {
+    switch (elsz) {
+        case 1: return fn(Fixed<1>{});
+        case 2: return fn(Fixed<2>{});
+        case 4: return fn(Fixed<4>{});
+        case 8: return fn(Fixed<8>{});
+        case 16: return fn(Fixed<16>{});
+        default: return fn(Bytes{elsz});
+    }
+}
 
 template <class E>
 inline void copy_elem(E e, char* d, const char* s) {
@@ -46,12 +63,16 @@ inline void copy_run(E e, char* d, std::ptrdiff_t ds, const char* s, std::ptrdif
     if (len <= 0 || sz <= 0) return;
     if (ds == sz && ss == sz) {
         std::memcpy(d, s, static_cast<std::size_t>(len * sz));
-    } else if (ss == 0 && ds == sz && sz <= 8) {
+    } else if (ss == 0 && ds == sz && E::kSize > 0 && E::kSize <= 16) {
+        // Fill with one value: plain stores the compiler can widen.
+        unsigned char v[E::kSize > 0 ? E::kSize : 1];
+        std::memcpy(v, s, sizeof v);
+        for (int64_t i = 0; i < len; ++i) std::memcpy(d + i * sz, v, sizeof v);
+    } else if (ss == 0 && ds == sz) {
         // Fill: the element written once, then doubled from what is written.
         copy_elem(e, d, s);
-        int64_t done = 1;
-        while (done < len) {
-            int64_t k = std::min(done, len - done);
+        for (int64_t done = 1; done < len;) {
+            const int64_t k = std::min(done, len - done);
             std::memcpy(d + done * sz, d, static_cast<std::size_t>(k * sz));
             done += k;
         }
@@ -170,6 +191,12 @@ inline void copy_nest(E e, Nest<2> n) {
     n.coalesce();
     if (n.empty()) return;
     const std::ptrdiff_t sz = e.bytes();
+    if (n.rank == 2 && n.step[0][0] != sz && n.step[0][1] == sz && n.step[1][0] == sz) {
+        // Destination contiguous along the outer dimension: swap the two
+        // (every element is written once, so the visiting order is free).
+        std::swap(n.extent[0], n.extent[1]);
+        for (int k = 0; k < 2; ++k) std::swap(n.step[k][0], n.step[k][1]);
+    }
     if (n.rank == 2 && n.step[0][0] == sz && n.step[1][1] == sz && n.step[1][0] != sz &&
         n.extent[0] >= 16 && n.extent[1] >= 16) {
         copy_tiled(e.bytes(), n);

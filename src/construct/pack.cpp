@@ -53,15 +53,33 @@ void pack(ArgList* al, E e) {
             if (vec && vec->EXTENT < count) f90_ArrLibError("PACK", 2, vec->EXTENT, static_cast<int32_t>(count));
         }
     }
-    const std::ptrdiff_t sz = e.bytes();
+    const bool mask_on = scalar && read_i32(mask.BASE) != 0;
+    const int64_t n = std::min(arr.EXTENT, mask.EXTENT);
+    if (!vec && !supplied) {
+        // The final size is the packed count.  It is counted first, so that
+        // the elements go straight into the final result; the provisional
+        // block is still obtained and released as always (its contents are
+        // never seen).
+        const int64_t count = scalar ? (mask_on ? r.EXTENT : 0) : (n > 0 ? count_mask(mask, n, kWordTrue) : 0);
+        char* provisional = r.BASE;
+        const int32_t upper = static_cast<int32_t>(std::min<int64_t>(count, r.EXTENT));
+        create(r, 1, arr.ELSIZE, &upper);
+        Stream rs(walk(r, e.bytes()));
+        if (mask_on) {
+            Stream as(walk(arr, e.bytes()));
+            copy_stream(e, rs, as, arr.EXTENT);
+        } else if (!scalar && n > 0) {
+            pack_masked(e, rs, arr, mask);
+        }
+        freespace(provisional);
+        return;
+    }
     Stream rs(walk(r, e.bytes()));
     int64_t written = 0;
-    if (scalar) {
-        if (read_i32(mask.BASE) != 0) {
-            Stream as(walk(arr, e.bytes()));
-            written = copy_stream(e, rs, as, arr.EXTENT);
-        }
-    } else if (mask.EXTENT > 0) {
+    if (mask_on) {
+        Stream as(walk(arr, e.bytes()));
+        written = copy_stream(e, rs, as, arr.EXTENT);
+    } else if (!scalar && mask.EXTENT > 0) {
         written = pack_masked(e, rs, arr, mask);
     }
     if (vec) {
@@ -69,12 +87,6 @@ void pack(ArgList* al, E e) {
         Stream vs(walk(*vec, e.bytes()));
         vs.skip(written);
         copy_stream(e, rs, vs, r.EXTENT - written);
-    } else if (!supplied) {
-        char* provisional = r.BASE;
-        const int32_t upper = static_cast<int32_t>(written);
-        create(r, 1, arr.ELSIZE, &upper);
-        if (written > 0) std::memcpy(r.BASE, provisional, static_cast<std::size_t>(written * sz));
-        freespace(provisional);
     }
 }
 

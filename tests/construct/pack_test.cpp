@@ -183,3 +183,76 @@ TEST(UnpackDeath, Messages) {
 
 }  // namespace
 }  // namespace ctest
+
+namespace ctest {
+namespace {
+
+// Long operands reach the block and vector kernels: every size against a
+// plain reference, with result space to spare (must stay untouched) and
+// with too little (checks off: packing stops at the end of the result).
+TEST(Pack, LongRandomMasksEverySize) {
+    uint32_t seed = 12345;
+    auto rnd = [&] { return (seed = seed * 1103515245u + 12345u) >> 16; };
+    for (const Sized& row : sized_entries()) {
+        SCOPED_TRACE(row.label);
+        for (int n : {17, 300, 1000}) {
+            Array a({{1, n}}, row.elsize);
+            tag_fill(a, row.elsize);
+            Array m({{1, n}}, 4);
+            std::vector<int> want;
+            for (int i = 0; i < n; ++i) {
+                m.at<int32_t>(i) = rnd() % 3 == 0 ? 0 : static_cast<int32_t>(rnd() % 4);
+                if (m.at<int32_t>(i) != 0) want.push_back(i % 256);
+            }
+            for (int cap : {n, static_cast<int>(want.size()) / 2}) {
+                Array out({{1, cap}}, row.elsize);
+                std::memset(out.data(), 0x5A, static_cast<size_t>(cap) * row.elsize + 64);
+                Args args;
+                args.addr(0, out.desc()).addr(1, a.desc()).addr(2, m.desc()).presence(args.a.Presence | 1);
+                row.pack(args.get());
+                const int k = std::min<int>(cap, static_cast<int>(want.size()));
+                for (int i = 0; i < k; ++i) ASSERT_EQ(tag_of(out.data() + i * row.elsize, row.elsize), want[i]) << i;
+                for (int b = k * row.elsize; b < cap * row.elsize + 64; ++b)
+                    ASSERT_EQ(static_cast<unsigned char>(out.data()[b]), 0x5A) << "byte " << b;
+            }
+        }
+    }
+}
+
+TEST(Unpack, LongRandomMasksEverySize) {
+    uint32_t seed = 777;
+    auto rnd = [&] { return (seed = seed * 1103515245u + 12345u) >> 16; };
+    for (const Sized& row : sized_entries()) {
+        SCOPED_TRACE(row.label);
+        const int n = 600;
+        Array m({{1, n}}, 4);
+        int trues = 0;
+        for (int i = 0; i < n; ++i) trues += (m.at<int32_t>(i) = static_cast<int32_t>(rnd() % 4)) & 1;
+        for (int vl : {trues, trues - 40}) {  // the short VECTOR: checks off, its end is respected
+            Array v({{1, vl}}, row.elsize);
+            tag_fill(v, row.elsize);
+            Array f({{1, n}}, row.elsize);
+            tag_fill(f, row.elsize, 100);
+            Array out({{1, n}}, row.elsize);
+            std::memset(out.data(), 0, static_cast<size_t>(n) * row.elsize);
+            Args args;
+            args.addr(0, out.desc()).addr(1, v.desc()).addr(2, m.desc()).addr(3, f.desc()).presence(args.a.Presence | 1);
+            row.unpack(args.get());
+            int k = 0;
+            for (int i = 0; i < n; ++i) {
+                const int got = tag_of(out.data() + i * row.elsize, row.elsize);
+                if (m.at<int32_t>(i) & 1) {
+                    if (k < vl) ASSERT_EQ(got, k % 256) << i;
+                    else ASSERT_EQ(std::string(out.data() + i * row.elsize, row.elsize),
+                                   std::string(row.elsize, '\0')) << i;  // left as it was
+                    ++k;
+                } else {
+                    ASSERT_EQ(got, (100 + i) % 256) << i;
+                }
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace ctest
