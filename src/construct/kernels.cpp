@@ -111,6 +111,37 @@ __attribute__((target("avx512f"))) void unpack_avx512(char* d, const char*& v, i
 
 }  // namespace
 
+// SSE2 streaming stores: 16-byte aligned from the first aligned byte on.
+__attribute__((target("sse2"))) void stream_copy(char* d, const char* s, std::size_t bytes) {
+    const std::size_t head = std::min<std::size_t>(bytes, (16 - reinterpret_cast<std::uintptr_t>(d) % 16) % 16);
+    std::memcpy(d, s, head);
+    std::size_t i = head;
+    for (; i + 64 <= bytes; i += 64) {
+        for (int k = 0; k < 64; k += 16)
+            _mm_stream_si128(reinterpret_cast<__m128i*>(d + i + k),
+                             _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + k)));
+    }
+    for (; i + 16 <= bytes; i += 16)
+        _mm_stream_si128(reinterpret_cast<__m128i*>(d + i), _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i)));
+    std::memcpy(d + i, s + i, bytes - i);
+    _mm_sfence();
+}
+
+__attribute__((target("sse2"))) void stream_fill(char* d, const char* elem, int32_t elsz, int64_t len) {
+    // Elements up to the first 16-byte boundary, then 16-byte patterns
+    // (whole elements, since d is aligned to the element size).
+    int64_t i = 0;
+    for (; i < len && reinterpret_cast<std::uintptr_t>(d + i * elsz) % 16 != 0; ++i)
+        std::memcpy(d + i * elsz, elem, static_cast<std::size_t>(elsz));
+    alignas(16) unsigned char pat[16];
+    for (int k = 0; k < 16; k += elsz) std::memcpy(pat + k, elem, static_cast<std::size_t>(elsz));
+    const __m128i v = _mm_load_si128(reinterpret_cast<const __m128i*>(pat));
+    const int64_t per = 16 / elsz;
+    for (; i + per <= len; i += per) _mm_stream_si128(reinterpret_cast<__m128i*>(d + i * elsz), v);
+    for (; i < len; ++i) std::memcpy(d + i * elsz, elem, static_cast<std::size_t>(elsz));
+    _mm_sfence();
+}
+
 void copy_tiled(int32_t elsz, const Nest<2>& n) {
     by_size(elsz, [&](auto e) { tiled(e, n); });
 }

@@ -55,14 +55,32 @@ inline void copy_elem(E e, char* d, const char* s) {
     std::memcpy(d, s, static_cast<std::size_t>(e.bytes()));
 }
 
+// Destinations of at least this many bytes in one call are written with
+// streaming stores: they would not stay in the caches anyway, and the
+// stores then skip reading the destination lines first.
+inline constexpr int64_t kStreamBytes = int64_t{8} << 20;
+inline constexpr int64_t kStreamRun = 256;  // shorter runs are stored normally
+
+// Streaming block copy, and streaming fill with an element of 1, 2, 4, 8
+// or 16 bytes (d aligned to the element).
+void stream_copy(char* d, const char* s, std::size_t bytes);
+void stream_fill(char* d, const char* elem, int32_t elsz, int64_t len);
+
 // len elements from s (byte step ss) to d (byte step ds).  A source step of 0
-// repeats one element (SPREAD, boundary fill).
+// repeats one element (SPREAD, boundary fill).  stream: the whole transfer
+// is large (see kStreamBytes).
 template <class E>
-inline void copy_run(E e, char* d, std::ptrdiff_t ds, const char* s, std::ptrdiff_t ss, int64_t len) {
+inline void copy_run(E e, char* d, std::ptrdiff_t ds, const char* s, std::ptrdiff_t ss, int64_t len,
+                     bool stream = false) {
     const std::ptrdiff_t sz = e.bytes();
     if (len <= 0 || sz <= 0) return;
+    const bool big = stream && ds == sz && len * sz >= kStreamRun;
     if (ds == sz && ss == sz) {
-        std::memcpy(d, s, static_cast<std::size_t>(len * sz));
+        if (big) stream_copy(d, s, static_cast<std::size_t>(len * sz));
+        else std::memcpy(d, s, static_cast<std::size_t>(len * sz));
+    } else if (big && ss == 0 && (E::kSize & (E::kSize - 1)) == 0 && E::kSize > 0 && E::kSize <= 16 &&
+               reinterpret_cast<std::uintptr_t>(d) % sz == 0) {
+        stream_fill(d, s, E::kSize, len);
     } else if (ss == 0 && ds == sz && E::kSize > 0 && E::kSize <= 16) {
         // Fill with one value: plain stores the compiler can widen.
         unsigned char v[E::kSize > 0 ? E::kSize : 1];
@@ -202,7 +220,10 @@ inline void copy_nest(E e, Nest<2> n) {
         copy_tiled(e.bytes(), n);
         return;
     }
-    n.runs([&](char* const* p, const std::ptrdiff_t* s, int32_t len) { copy_run(e, p[0], s[0], p[1], s[1], len); });
+    const bool stream = n.count() * sz >= kStreamBytes;
+    n.runs([&](char* const* p, const std::ptrdiff_t* s, int32_t len) {
+        copy_run(e, p[0], s[0], p[1], s[1], len, stream);
+    });
 }
 
 // ---- result creation ----

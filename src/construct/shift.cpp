@@ -115,8 +115,10 @@ void shift(ArgList* al, E e, Op op, bool generic) {
         const int64_t n = extent(arr, D);
         const int64_t rn = std::min<int64_t>(extent(r, D), n);
         const std::ptrdiff_t rsD = byte_step(r, D), asD = byte_step(arr, D);
-        if (sh.RANK <= 0 && (!bnd || bnd->RANK <= 0)) {
-            // Every section cut alike: each piece is one nest.
+        const bool stream = static_cast<int64_t>(r.EXTENT) * sz >= kStreamBytes;
+        if (D > 0 && sh.RANK <= 0 && (!bnd || bnd->RANK <= 0)) {
+            // Every section cut alike, along a dimension other than the
+            // first: each piece is one nest whose runs are whole columns.
             auto piece = [&](int64_t r0, const char* src, std::ptrdiff_t sstep, std::ptrdiff_t other_scale,
                              int64_t len) {
                 len = std::min(len, rn - r0);
@@ -134,7 +136,8 @@ void shift(ArgList* al, E e, Op op, bool generic) {
                 [&](int64_t r0, int64_t a0, int64_t len) { piece(r0, arr.BASE + a0 * asD, asD, 1, len); },
                 [&](int64_t r0, int64_t len) { piece(r0, fill_value, 0, 0, len); });
         } else {
-            // Per section: SHIFT and BOUNDARY elements taken in order.
+            // Per section (each section's pieces written together): SHIFT
+            // and BOUNDARY elements taken in order.
             Stream shs(walk(sh, sh.ELSIZE));
             Stream bs(bnd && bnd->RANK > 0 ? walk(*bnd, sz) : Nest<1>{});
             const bool bnd_array = bnd && bnd->RANK > 0;
@@ -158,9 +161,11 @@ void shift(ArgList* al, E e, Op op, bool generic) {
                 }
                 cut(op.cyclic, n, s,
                     [&](int64_t r0, int64_t a0, int64_t len) {
-                        copy_run(e, p[0] + r0 * rsD, rsD, p[1] + a0 * asD, asD, std::min(len, rn - r0));
+                        copy_run(e, p[0] + r0 * rsD, rsD, p[1] + a0 * asD, asD, std::min(len, rn - r0), stream);
                     },
-                    [&](int64_t r0, int64_t len) { copy_run(e, p[0] + r0 * rsD, rsD, b, 0, std::min(len, rn - r0)); });
+                    [&](int64_t r0, int64_t len) {
+                        copy_run(e, p[0] + r0 * rsD, rsD, b, 0, std::min(len, rn - r0), stream);
+                    });
             });
         }
     }
