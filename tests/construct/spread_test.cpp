@@ -159,3 +159,69 @@ TEST(TransposeDeath, ResultShape) {
 
 }  // namespace
 }  // namespace ctest
+
+namespace ctest {
+namespace {
+
+// Tiled transposition: sizes around the tile and register-block edges.
+TEST(Transpose, TileEdges) {
+    for (auto [m, n] : {std::pair<int, int>{17, 50}, {70, 33}, {130, 129}, {16, 16}}) {
+        for (int w : {4, 8}) {
+            Array a({{1, m}, {1, n}}, w);
+            for (int i = 0; i < m * n; ++i) {
+                if (w == 4) a.at<int32_t>(i) = i;
+                else a.at<int64_t>(i) = i;
+            }
+            Desc r;
+            Args args;
+            args.addr(0, r.get()).addr(1, a.desc());
+            (w == 4 ? f90_transpose4 : f90_transpose8)(args.get());
+            for (int i = 0; i < m; ++i)
+                for (int j = 0; j < n; ++j) {
+                    const int64_t got = w == 4 ? reinterpret_cast<int32_t*>(r->BASE)[j + i * n]
+                                               : reinterpret_cast<int64_t*>(r->BASE)[j + i * n];
+                    ASSERT_EQ(got, i + j * m) << m << "x" << n << " w" << w;
+                }
+            f90_freespace(r->BASE);
+        }
+    }
+}
+
+// Results of 8 MB and more are written with streaming stores: SPREAD along
+// both dimensions and a shift along each, checked element by element.
+TEST(Spread, LargeResultsStreamed) {
+    const int n = 1024;
+    Array v({{1, n}}, 8);
+    for (int i = 0; i < n; ++i) v.at<int64_t>(i) = i * 3 + 1;
+    for (int dim : {1, 2}) {
+        Desc r;
+        Args args;
+        args.addr(0, r.get()).addr(1, v.desc()).value(2, dim).value(3, n + 1);
+        f90_spread8(args.get());
+        const int rows = dim == 1 ? n + 1 : n;
+        auto* p = reinterpret_cast<int64_t*>(r->BASE);
+        for (int j = 0; j < (dim == 1 ? n : n + 1); ++j)
+            for (int i = 0; i < rows; ++i) ASSERT_EQ(p[i + j * rows], (dim == 1 ? j : i) * 3 + 1);
+        // CSHIFT of the spread result along each dimension by 5.
+        for (int sdim : {1, 2}) {
+            Array five(4);
+            five.at<int32_t>(0) = 5;
+            Desc c;
+            Args ca;
+            ca.addr(0, c.get()).addr(1, r.get()).addr(2, five.desc()).value(3, sdim);
+            f90_cshift8(ca.get());
+            const int cols = dim == 1 ? n : n + 1;
+            auto* q = reinterpret_cast<int64_t*>(c->BASE);
+            for (int j = 0; j < cols; ++j)
+                for (int i = 0; i < rows; ++i) {
+                    const int si = sdim == 1 ? (i + 5) % rows : i, sj = sdim == 2 ? (j + 5) % cols : j;
+                    ASSERT_EQ(q[i + j * rows], p[si + sj * rows]);
+                }
+            f90_freespace(c->BASE);
+        }
+        f90_freespace(r->BASE);
+    }
+}
+
+}  // namespace
+}  // namespace ctest
