@@ -193,7 +193,21 @@ __attribute__((target("avx512f"))) void unpack_avx512(char* d, const char*& v, i
     }
 }
 
+__attribute__((target("avx512f"))) int64_t count_avx512(const char* m, int64_t n, MaskRule rule, int64_t& i) {
+    const __m512i bits = _mm512_set1_epi32(rule == kWordTrue ? -1 : 1);
+    int64_t c = 0;
+    for (; i + 16 <= n; i += 16) c += __builtin_popcount(_mm512_test_epi32_mask(_mm512_loadu_si512(m + 4 * i), bits));
+    return c;
+}
+
 }  // namespace
+
+int64_t count_flat(const char* m, int64_t n, MaskRule rule) {
+    int64_t i = 0, c = 0;
+    if (have_avx512()) c = count_avx512(m, n, rule, i);
+    for (; i < n; ++i) c += mask_true(m + 4 * i, rule);
+    return c;
+}
 
 // SSE2 streaming stores: 16-byte aligned from the first aligned byte on.
 __attribute__((target("sse2"))) void stream_copy(char* d, const char* s, std::size_t bytes) {

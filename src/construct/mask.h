@@ -19,9 +19,13 @@ inline bool mask_true(const char* p, MaskRule rule) {
 // Whether the rest of a stream is one run of adjacent elements.
 inline bool flat(const Stream& s, std::ptrdiff_t sz) { return s.avail() == s.left() && s.step() == sz; }
 
+// The true words among n contiguous MASK words.
+int64_t count_flat(const char* m, int64_t n, MaskRule rule);
+
 // The true elements among MASK's first `limit` elements.
 inline int64_t count_mask(const ArrDesc& m, int64_t limit, MaskRule rule) {
     Stream ms(walk(m, 4));
+    if (flat(ms, 4)) return count_flat(ms.ptr(), std::min(limit, ms.left()), rule);
     int64_t n = 0;
     for (int64_t seen = 0; seen < limit && ms.left() > 0;) {
         const int64_t k = std::min(limit - seen, ms.avail());
