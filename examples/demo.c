@@ -41,9 +41,28 @@ static void print_i4(const char *label, ArrDesc *d) {
     printf("\n");
 }
 
+/* An argument list the way compiled code fills one: the result descriptor,
+   then ARG k as a descriptor address or as a value, each marked present. */
+static ArgList *list(ArgList *a, ArrDesc *result) {
+    memset(a, 0, sizeof *a);
+    a->Result.w[0] = (F90Word)result;
+    return a;
+}
+static ArgList *arg(ArgList *a, int k, ArrDesc *d) {
+    (&a->Result)[k].w[0] = (F90Word)d;
+    a->Presence |= (uint16_t)(1u << k);
+    return a;
+}
+static ArgList *val(ArgList *a, int k, int32_t v) {
+    memcpy((&a->Result)[k].bytes, &v, sizeof v);
+    a->Presence |= (uint16_t)(1u << k);
+    return a;
+}
+
 static void demo_construct(void) {
     /* INTEGER :: V(6) = [1, 2, 3, 4, 5, 6] */
-    ArrDesc v, shape, order, mask, r;
+    ArrDesc v, shape, order, mask, shift, one, mold, s, r, m;
+    ArgList a;
     int32_t b6[] = {1, 6}, b2[] = {1, 2};
     f90_CreateArray(1, b6, 4, &v);
     for (int32_t i = 0; i < 6; ++i) ((int32_t *)v.BASE)[i] = i + 1;
@@ -52,88 +71,48 @@ static void demo_construct(void) {
     ((int32_t *)shape.BASE)[0] = 2, ((int32_t *)shape.BASE)[1] = 3;
     ((int32_t *)order.BASE)[0] = 2, ((int32_t *)order.BASE)[1] = 1;
 
-    /* M = RESHAPE(V, [2, 3], ORDER=[2, 1]): the library creates M */
-    ArgList a;
-    memset(&a, 0, sizeof a);
-    a.Result.w[0] = (F90Word)&r;
-    a.ARG1.w[0] = (F90Word)&v;
-    a.ARG2.w[0] = (F90Word)&shape;
-    a.ARG4.w[0] = (F90Word)&order;
-    a.Presence = F90_PRESENT_ARG1 | F90_PRESENT_ARG2 | F90_PRESENT_ARG4;
-    a.Flags = F90_FLAG_CHECK;
+    /* M = RESHAPE(V, [2, 3], ORDER=[2, 1]), checked; the library creates M */
+    arg(arg(arg(list(&a, &m), 1, &v), 2, &shape), 4, &order)->Flags = F90_FLAG_CHECK;
     f90_reshape4(&a);
-    print_i4("RESHAPE(V, [2,3], ORDER=[2,1])", &r);
-    ArrDesc m = r;
+    print_i4("RESHAPE(V, [2,3], ORDER=[2,1])", &m);
 
-    /* TRANSPOSE(M) */
-    memset(&a, 0, sizeof a);
-    a.Result.w[0] = (F90Word)&r;
-    a.ARG1.w[0] = (F90Word)&m;
-    a.Presence = F90_PRESENT_ARG1;
-    f90_transpose4(&a);
+    f90_transpose4(arg(list(&a, &r), 1, &m));
     print_i4("TRANSPOSE(M)", &r);
     f90_freespace(r.BASE);
 
-    /* CSHIFT(M, SHIFT=1, DIM=2): SHIFT is a scalar descriptor, DIM by value */
-    ArrDesc shift;
+    /* CSHIFT(M, SHIFT=1, DIM=2): SHIFT is a scalar descriptor, DIM a value */
     f90_CreateArray(0, NULL, 4, &shift);
     *(int32_t *)shift.BASE = 1;
-    memset(&a, 0, sizeof a);
-    a.Result.w[0] = (F90Word)&r;
-    a.ARG1.w[0] = (F90Word)&m;
-    a.ARG2.w[0] = (F90Word)&shift;
-    *(int32_t *)a.ARG3.bytes = 2;
-    a.Presence = F90_PRESENT_ARG1 | F90_PRESENT_ARG2 | F90_PRESENT_ARG3;
-    f90_cshift4(&a);
+    f90_cshift4(val(arg(arg(list(&a, &r), 1, &m), 2, &shift), 3, 2));
     print_i4("CSHIFT(M, 1, DIM=2)", &r);
     f90_freespace(r.BASE);
 
-    /* PACK(V, MOD(V, 2) == 0): MASK is 4-byte logicals */
+    /* PACK(V, MOD(V, 2) == 0): MASK elements are 4-byte logicals */
     f90_CreateArray(1, b6, 4, &mask);
     for (int32_t i = 0; i < 6; ++i) ((int32_t *)mask.BASE)[i] = (i + 1) % 2 == 0;
-    memset(&a, 0, sizeof a);
-    a.Result.w[0] = (F90Word)&r;
-    a.ARG1.w[0] = (F90Word)&v;
-    a.ARG2.w[0] = (F90Word)&mask;
-    a.Presence = F90_PRESENT_ARG1 | F90_PRESENT_ARG2;
-    f90_pack4(&a);
+    f90_pack4(arg(arg(list(&a, &r), 1, &v), 2, &mask));
     print_i4("PACK(V, MOD(V,2)==0)", &r);
     f90_freespace(r.BASE);
 
-    /* SPREAD(V(1:2), DIM=1, NCOPIES=3) on a section */
+    /* SPREAD(V(1:2), DIM=1, NCOPIES=3) of a section */
     int32_t trip[] = {F90_SUBSCRIPT_TRIPLET, 1, 2, 1};
-    ArrDesc s;
     f90_CreateSection(&v, trip, &s);
-    memset(&a, 0, sizeof a);
-    a.Result.w[0] = (F90Word)&r;
-    a.ARG1.w[0] = (F90Word)&s;
-    *(int32_t *)a.ARG2.bytes = 1;
-    *(int32_t *)a.ARG3.bytes = 3;
-    a.Presence = F90_PRESENT_ARG1 | F90_PRESENT_ARG2 | F90_PRESENT_ARG3;
-    f90_spread4(&a);
+    f90_spread4(val(val(arg(list(&a, &r), 1, &s), 2, 1), 3, 3));
     print_i4("SPREAD(V(1:2), 1, 3)", &r);
     f90_freespace(r.BASE);
 
-    /* TRANSFER(1.0, 0_1, SIZE=6): the bytes of a REAL(4), zero-filled */
-    ArrDesc one, mold;
+    /* TRANSFER(1.0, 0_1, SIZE=6): the bytes of a REAL(4), then zero fill */
     f90_CreateArray(0, NULL, 4, &one);
     *(float *)one.BASE = 1.0f;
     f90_CreateArray(0, NULL, 1, &mold);
-    memset(&a, 0, sizeof a);
-    a.Result.w[0] = (F90Word)&r;
-    a.ARG1.w[0] = (F90Word)&one;
-    a.ARG2.w[0] = (F90Word)&mold;
-    *(int32_t *)a.ARG3.bytes = 6;
-    a.Presence = F90_PRESENT_ARG1 | F90_PRESENT_ARG2 | F90_PRESENT_ARG3;
-    f90_transfer1(&a);
+    f90_transfer1(val(arg(arg(list(&a, &r), 1, &one), 2, &mold), 3, 6));
     printf("TRANSFER(1.0, 0_1, 6):");
     for (int32_t i = 0; i < r.EXTENT; ++i) printf(" %02x", (unsigned char)r.BASE[i]);
     printf("\n");
     f90_freespace(r.BASE);
 
-    f90_freespace(m.BASE);
-    f90_freespace(v.BASE), f90_freespace(shape.BASE), f90_freespace(order.BASE);
-    f90_freespace(mask.BASE), f90_freespace(shift.BASE), f90_freespace(one.BASE), f90_freespace(mold.BASE);
+    ArrDesc *owned[] = {&m, &v, &shape, &order, &mask, &shift, &one, &mold};
+    for (size_t i = 0; i < sizeof owned / sizeof owned[0]; ++i) f90_freespace(owned[i]->BASE);
 }
 
 int main(void) {
