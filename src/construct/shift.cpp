@@ -13,8 +13,9 @@
 // boundary is an element of blanks in scratch storage, released before
 // returning; the sized entries' default is all zero bytes.  A SHIFT array
 // with fewer elements than there are sections (checks off) gives the
-// remaining sections shift 0, and an EOSHIFT with DIM out of range (checks
-// off) creates the result and copies nothing.
+// remaining sections shift 0, past a short BOUNDARY array nothing is filled,
+// and an EOSHIFT with DIM out of range (checks off) creates the result and
+// copies nothing.
 #include "construct/mover.h"
 #include "frame/call.h"
 
@@ -154,17 +155,16 @@ void shift(ArgList* al, E e, Op op, bool generic) {
                     if (shs.left() > 0) shs.advance(1);
                 }
                 const char* b = fill_value;
-                if (bnd_array) {
-                    b = bs.left() > 0 ? bs.ptr() : zeros;
-                    if (bs.left() > 0) bs.advance(1);
-                    if (b == zeros && static_cast<std::size_t>(sz) > sizeof zeros) return;
+                if (bnd_array) {  // past BOUNDARY's end (checks off) nothing is filled
+                    b = bs.left() > 0 ? bs.ptr() : nullptr;
+                    if (b) bs.advance(1);
                 }
                 cut(op.cyclic, n, s,
                     [&](int64_t r0, int64_t a0, int64_t len) {
                         copy_run(e, p[0] + r0 * rsD, rsD, p[1] + a0 * asD, asD, std::min(len, rn - r0), stream);
                     },
                     [&](int64_t r0, int64_t len) {
-                        copy_run(e, p[0] + r0 * rsD, rsD, b, 0, std::min(len, rn - r0), stream);
+                        if (b) copy_run(e, p[0] + r0 * rsD, rsD, b, 0, std::min(len, rn - r0), stream);
                     });
             });
         }

@@ -68,8 +68,9 @@ void spread(ArgList* al, E e) {
         const int64_t chunks = src.EXTENT / chunk;
         if (chunks * chunk * nc > r.EXTENT) return;  // a supplied result too small (checks off)
         nest.add_dim(static_cast<int32_t>(chunk), {sz, sz});
-        nest.add_dim(nc, {chunk * sz, 0});
-        nest.add_dim(static_cast<int32_t>(chunks), {chunk * nc * sz, chunk * sz});
+        const std::ptrdiff_t step = static_cast<std::ptrdiff_t>(chunk) * sz;  // fits: it lies within the result
+        nest.add_dim(nc, {step, 0});
+        nest.add_dim(static_cast<int32_t>(chunks), {step * nc, step});
     } else {
         for (int j = 0; j <= n; ++j) {
             const bool copies = j == dim - 1;

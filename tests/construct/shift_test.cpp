@@ -142,6 +142,22 @@ TEST(Shift, SectionsArrayBoundaryAndDefaults) {
     f90_freespace(rs->BASE);
 }
 
+TEST(Shift, ShortShiftAndBoundaryWithChecksOff) {
+    // Three sections, one SHIFT and one BOUNDARY element: the later sections
+    // take shift 0 and are not read past either array's end.
+    Array a({{1, 2}, {1, 3}}, 4);
+    a.fill<int32_t>({1, 2, 3, 4, 5, 6});
+    Array sh({{1, 1}}, 4), bd({{1, 1}}, 4);
+    sh.at<int32_t>(0) = 1;
+    bd.at<int32_t>(0) = 9;
+    Desc r;
+    Args args;
+    args.addr(0, r.get()).addr(1, a.desc()).addr(2, sh.desc()).addr(3, bd.desc());
+    f90_eoshift4(args.get());
+    EXPECT_EQ(ints(r.get()), (std::vector<int32_t>{2, 9, 3, 4, 5, 6}));
+    f90_freespace(r->BASE);
+}
+
 TEST(ShiftDeath, Messages) {
     Array a({{1, 3}, {1, 4}}, 4);
     Array sh = scalar_i4(1);
