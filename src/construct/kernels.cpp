@@ -225,21 +225,6 @@ __attribute__((target("sse2"))) void stream_copy(char* d, const char* s, std::si
     _mm_sfence();
 }
 
-__attribute__((target("sse2"))) void stream_fill(char* d, const char* elem, int32_t elsz, int64_t len) {
-    // Elements up to the first 16-byte boundary, then 16-byte patterns
-    // (whole elements, since d is aligned to the element size).
-    int64_t i = 0;
-    for (; i < len && reinterpret_cast<std::uintptr_t>(d + i * elsz) % 16 != 0; ++i)
-        std::memcpy(d + i * elsz, elem, static_cast<std::size_t>(elsz));
-    alignas(16) unsigned char pat[16];
-    for (int k = 0; k < 16; k += elsz) std::memcpy(pat + k, elem, static_cast<std::size_t>(elsz));
-    const __m128i v = _mm_load_si128(reinterpret_cast<const __m128i*>(pat));
-    const int64_t per = 16 / elsz;
-    for (; i + per <= len; i += per) _mm_stream_si128(reinterpret_cast<__m128i*>(d + i * elsz), v);
-    for (; i < len; ++i) std::memcpy(d + i * elsz, elem, static_cast<std::size_t>(elsz));
-    _mm_sfence();
-}
-
 void copy_tiled(int32_t elsz, const Nest<2>& n) {
     by_size(elsz, [&](auto e) { tiled(e, n); });
 }
