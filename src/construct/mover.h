@@ -55,9 +55,9 @@ inline void copy_elem(E e, char* d, const char* s) {
     std::memcpy(d, s, static_cast<std::size_t>(e.bytes()));
 }
 
-// Destinations of at least this many bytes in one call are written with
-// streaming stores: they would not stay in the caches anyway, and the
-// stores then skip reading the destination lines first.
+// A copy whose whole destination has at least this many bytes writes its
+// long contiguous runs with streaming stores: they would not stay in the
+// caches anyway, and the stores then skip reading the destination lines.
 inline constexpr int64_t kStreamBytes = int64_t{8} << 20;
 inline constexpr int64_t kStreamRun = 256;  // shorter runs are stored normally
 
