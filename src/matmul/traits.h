@@ -121,6 +121,11 @@ struct Arith<T, true> {
     static Acc fma(Acc s, Acc a, Acc b) {
         P rr = a.re * b.re, ii = a.im * b.im, ri = a.re * b.im, ir = a.im * b.re;
         P pr = rr - ii, pi = ri + ir;
+        // The vectorizer's complex patterns would fuse these into
+        // multiply-add-subtract instructions where the target has them,
+        // whatever the contraction setting; an empty barrier keeps the
+        // product's two roundings.
+        if constexpr (std::is_same_v<P, double>) asm("" : "+x"(pr), "+x"(pi));
         return Acc{s.re + pr, s.im + pi};
     }
     static void put(void* c, bool accumulate, Acc s) {

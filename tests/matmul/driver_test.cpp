@@ -79,6 +79,14 @@ struct Operand {
 
 enum Form { MxM, VxM, MxV };
 
+template <int N>
+std::string hex_bytes(const char* p) {
+    std::string s;
+    char b[4];
+    for (int n = N - 1; n >= 0; --n) std::snprintf(b, sizeof b, "%02x", static_cast<unsigned char>(p[n])), s += b;
+    return s;
+}
+
 // Runs one product through the driver and compares every element with the
 // reference.  res_stride >= 0: a supplied result (every second column or
 // element when 1), filled with all-ones bytes that must not leak.
@@ -123,6 +131,7 @@ void check_product(Form form, int M, int N, int K, int lo, int a_stride, int b_s
         EXPECT_EQ(rd->DIM[0].LOWER, 1);
         EXPECT_EQ(rd->EXTENT, r0 * r1);
     }
+    auto hex = [](const char* p) { return hex_bytes<T::size>(p); };
     int bad = 0;
     for (int j = 0; j < r1; ++j)
         for (int i = 0; i < r0; ++i) {
@@ -130,7 +139,8 @@ void check_product(Form form, int M, int N, int K, int lo, int a_stride, int b_s
             if (form == MxM) off += std::intptr_t(j + rd->DIM[1].LOWER) * rd->DIM[1].STRIDE;
             const char* got = rd->ZERO + off * T::size;
             const char* exp = form == VxM ? want.at(0, i) : want.at(i, j);
-            if (!El<T>::same(got, exp) && ++bad <= 3) ADD_FAILURE() << "element (" << i << ", " << j << ") differs";
+            if (!El<T>::same(got, exp) && ++bad <= 3)
+                ADD_FAILURE() << "element (" << i << ", " << j << ") differs: " << hex(got) << " want " << hex(exp);
         }
     if (res_mode == 1) {  // the skipped columns or elements keep their old bytes
         for (int n = 0; n < res->size(); ++n) {
