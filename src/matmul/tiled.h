@@ -80,12 +80,25 @@ struct Tiled {
         if constexpr (std::is_integral_v<EP>) return static_cast<W>(static_cast<std::make_unsigned_t<EP>>(v));
         else return static_cast<W>(v);
     }
-    [[gnu::always_inline]] MM_TARGET static V splat(W x) { return V{} + x; }
+    [[gnu::always_inline]] MM_TARGET static V splat(W x) {
+        // Through the integer image: OR with zero folds to a plain broadcast,
+        // where 0.0 + x would not (it turns -0 into +0).
+        using U = std::conditional_t<sizeof(W) == 8, uint64_t, uint32_t>;
+        using VU [[gnu::vector_size(MM_VBYTES)]] = U;
+        U bits;
+        std::memcpy(&bits, &x, sizeof bits);
+        VU vu = VU{} | bits;
+        V v;
+        std::memcpy(&v, &vu, sizeof v);
+        return v;
+    }
 
     // acc[j][m] over kl values of k.  A: packed (k step AK) or, for real
     // types, read in place from columns (k step lda elements, type EA).
+    // (Straight-line vectorization is off here: it would merge the column
+    // broadcasts into one load plus shuffles.)
     template <class EA, bool packedB>
-    MM_TARGET static void micro(int kl, const EA* a, std::ptrdiff_t ak, const char* b, std::ptrdiff_t bk1,
+    MM_TARGET [[gnu::optimize("no-tree-slp-vectorize")]] static void micro(int kl, const EA* a, std::ptrdiff_t ak, const char* b, std::ptrdiff_t bk1,
                                 std::ptrdiff_t bk2, W* tile) {
         V acc[NR][MV];
         for (int j = 0; j < NR; ++j)
