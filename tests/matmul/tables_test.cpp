@@ -51,7 +51,6 @@ bool cpu_has(const EngineTable* t) {
 
 TYPED_TEST(TiledTables, MatchBlockedEngines) {
     using T = TypeParam;
-    constexpr std::size_t S = MmType<T>::size;
     const EngineSet EngineTable::*member = nullptr;
 #define X(tag, ...) if constexpr (std::is_same_v<T, tag>) member = &EngineTable::tag;
     MM_NATIVE_TYPES(X)
