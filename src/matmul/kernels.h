@@ -158,32 +158,44 @@ struct Blocked {
         return buf;
     }
 
+    // The vector engines' K order: the remainder first (its part that is a
+    // multiple of `split` through inner, the rest through the epilogue), C
+    // cleared when there is no remainder, then the full chunks through inner.
+    template <int split, class Inner, class Epilogue>
+    static void vector_engine(int32_t n, int32_t K, void* C, int32_t cs, Inner inner, Epilogue epilogue) {
+        if (n < 1) return;
+        if (K < 0) K = 0;
+        const int32_t full = K / bk.chunk * bk.chunk, R = K - full, Rs = R / split * split;
+        if (R == 0) Kn::init_vector(C, n, cs);
+        if (Rs > 0) inner(0, full, Rs);
+        if (R - Rs > 0) epilogue(Rs > 0, full + Rs, R - Rs);
+        for (int32_t k0 = 0; k0 < full; k0 += bk.chunk) inner(1, k0, bk.chunk);
+    }
+
     static void engine1x2(int32_t N, int32_t K, const void* A, int32_t as, const void* B, int32_t b1, int32_t b2,
                           void* C, int32_t cs) {
-        if (N < 1) return;
-        if (K < 0) K = 0;
         alignas(64) char buf[bk.chunk * S];
-        const int32_t full = K / bk.chunk * bk.chunk, R = K - full, R4 = R / 4 * 4;
-        if (R == 0) Kn::init_vector(C, N, cs);
-        if (R4 > 0) Kn::inner1x2(0, N, R4, gather(buf, A, full, R4, as), at<T>(B, full, b1), b1, b2, C, cs);
-        if (R - R4 > 0)
-            Kn::epilogue1x2(R4 > 0, N, R - R4, at<T>(A, full + R4, as), as, at<T>(B, full + R4, b1), b1, b2, C, cs);
-        for (int32_t k0 = 0; k0 < full; k0 += bk.chunk)
-            Kn::inner1x2(1, N, bk.chunk, gather(buf, A, k0, bk.chunk, as), at<T>(B, k0, b1), b1, b2, C, cs);
+        vector_engine<4>(
+            N, K, C, cs,
+            [&](int32_t acc, int32_t k0, int32_t n) {
+                Kn::inner1x2(acc, N, n, gather(buf, A, k0, n, as), at<T>(B, k0, b1), b1, b2, C, cs);
+            },
+            [&](int32_t acc, int32_t k0, int32_t n) {
+                Kn::epilogue1x2(acc, N, n, at<T>(A, k0, as), as, at<T>(B, k0, b1), b1, b2, C, cs);
+            });
     }
 
     static void engine2x1(int32_t M, int32_t K, const void* A, int32_t a1, int32_t a2, const void* B, int32_t bs,
                           void* C, int32_t cs) {
-        if (M < 1) return;
-        if (K < 0) K = 0;
         alignas(64) char buf[bk.chunk * S];
-        const int32_t full = K / bk.chunk * bk.chunk, R = K - full, R2 = R / 2 * 2;
-        if (R == 0) Kn::init_vector(C, M, cs);
-        if (R2 > 0) Kn::inner2x1(0, M, R2, at<T>(A, full, a2), a1, a2, gather(buf, B, full, R2, bs), C, cs);
-        if (R & 1)
-            Kn::epilogue2x1(R2 > 0, M, 1, at<T>(A, full + R2, a2), a1, a2, at<T>(B, full + R2, bs), bs, C, cs);
-        for (int32_t k0 = 0; k0 < full; k0 += bk.chunk)
-            Kn::inner2x1(1, M, bk.chunk, at<T>(A, k0, a2), a1, a2, gather(buf, B, k0, bk.chunk, bs), C, cs);
+        vector_engine<2>(
+            M, K, C, cs,
+            [&](int32_t acc, int32_t k0, int32_t n) {
+                Kn::inner2x1(acc, M, n, at<T>(A, k0, a2), a1, a2, gather(buf, B, k0, n, bs), C, cs);
+            },
+            [&](int32_t acc, int32_t k0, int32_t n) {
+                Kn::epilogue2x1(acc, M, n, at<T>(A, k0, a2), a1, a2, at<T>(B, k0, bs), bs, C, cs);
+            });
     }
 };
 
