@@ -38,10 +38,21 @@ struct Kernels {
     static void block(int32_t acc, int32_t rows, int32_t ncols, int32_t kcount, const void* A, int32_t ars,
                       int32_t aks, const void* B, int32_t bks, int32_t bcs, void* C, int32_t crs, int32_t ccs) {
         rows = pos(rows), ncols = pos(ncols), kcount = pos(kcount);
-        for (int32_t j = 0; j < ncols; ++j)
-            for (int32_t i = 0; i < rows; ++i)
-                Ar::put(at2<T>(C, i, crs, j, ccs), acc != 0,
-                        dot(kcount, at<T>(A, i, ars), aks, at<T>(B, j, bcs), bks));
+        for (int32_t j = 0; j < ncols; ++j) {
+            const void* bj = at<T>(B, j, bcs);
+            int32_t i = 0;
+            // Four rows side by side: independent sums, each in increasing k.
+            for (; i + 4 <= rows; i += 4) {
+                Acc s[4] = {Ar::zero(), Ar::zero(), Ar::zero(), Ar::zero()};
+                for (int32_t k = 0; k < kcount; ++k) {
+                    const Acc b = Ar::load(at<T>(bj, k, bks));
+                    for (int r = 0; r < 4; ++r) s[r] = Ar::fma(s[r], Ar::load(at2<T>(A, i + r, ars, k, aks)), b);
+                }
+                for (int r = 0; r < 4; ++r) Ar::put(at2<T>(C, i + r, crs, j, ccs), acc != 0, s[r]);
+            }
+            for (; i < rows; ++i)
+                Ar::put(at2<T>(C, i, crs, j, ccs), acc != 0, dot(kcount, at<T>(A, i, ars), aks, bj, bks));
+        }
     }
 
     static void convert_block(void* dest, const void* A, int32_t rows, int32_t kcount, int32_t ars, int32_t aks) {

@@ -97,18 +97,18 @@ struct Tiled {
     // types, read in place from columns (k step lda elements, type EA).
     // (Straight-line vectorization is off here: it would merge the column
     // broadcasts into one load plus shuffles.)
-    template <class EA, bool packedB>
+    template <class EA, bool packedB, int TM = MV, int TN = NR>
     MM_TARGET [[gnu::optimize("no-tree-slp-vectorize")]] static void micro(int kl, const EA* a, std::ptrdiff_t ak, const char* b, std::ptrdiff_t bk1,
                                 std::ptrdiff_t bk2, W* tile) {
-        V acc[NR][MV];
-        for (int j = 0; j < NR; ++j)
-            for (int m = 0; m < MV; ++m) acc[j][m] = V{};
+        V acc[TN][TM];
+        for (int j = 0; j < TN; ++j)
+            for (int m = 0; m < TM; ++m) acc[j][m] = V{};
         for (int k = 0; k < kl; ++k) {
-            V av[MV], as[MV];
-            for (int m = 0; m < MV; ++m) {
+            V av[TM], as[TM];
+            for (int m = 0; m < TM; ++m) {
                 if constexpr (std::is_same_v<EA, W>) {
                     std::memcpy(&av[m], a + m * L, sizeof(V));
-                    if constexpr (cx) std::memcpy(&as[m], a + MR + m * L, sizeof(V));
+                    if constexpr (cx) std::memcpy(&as[m], a + TM * L + m * L, sizeof(V));
                 } else {
                     EV e;
                     std::memcpy(&e, a + m * L, sizeof e);
@@ -116,11 +116,11 @@ struct Tiled {
                 }
             }
 #pragma GCC unroll 16
-            for (int j = 0; j < NR; ++j) {
+            for (int j = 0; j < TN; ++j) {
                 if constexpr (cx) {
                     const W* bj = reinterpret_cast<const W*>(b) + 2 * j;
                     V br = splat(bj[0]), bi = splat(bj[1]);
-                    for (int m = 0; m < MV; ++m) {
+                    for (int m = 0; m < TM; ++m) {
                         V t1 = av[m] * br, t2 = as[m] * bi;
                         V p = t1 + t2;
                         acc[j][m] = acc[j][m] + p;
@@ -129,7 +129,7 @@ struct Tiled {
                     V bj;
                     if constexpr (packedB) bj = splat(reinterpret_cast<const W*>(b)[j]);
                     else bj = splat(part(b + j * bk2 * S, 0));
-                    for (int m = 0; m < MV; ++m) {
+                    for (int m = 0; m < TM; ++m) {
                         V p = av[m] * bj;
                         acc[j][m] = acc[j][m] + p;
                     }
@@ -138,19 +138,20 @@ struct Tiled {
             a += ak;
             b += bk1;
         }
-        for (int j = 0; j < NR; ++j)
-            for (int m = 0; m < MV; ++m) std::memcpy(tile + j * MR + m * L, &acc[j][m], sizeof(V));
+        for (int j = 0; j < TN; ++j)
+            for (int m = 0; m < TM; ++m) std::memcpy(tile + j * TM * L + m * L, &acc[j][m], sizeof(V));
     }
 
     // Tile -> C: rows x cols valid; vector stores down unit-stride columns.
+    template <int TM = MV>
     MM_TARGET static void put_tile(const W* tile, int rows, int cols, char* C, std::ptrdiff_t c1, std::ptrdiff_t c2,
                                    bool acc) {
-        if (c1 == 1 && rows == MRr) {
+        if (c1 == 1 && rows == TM * L / RL) {
             for (int j = 0; j < cols; ++j) {
                 char* c = C + j * c2 * S;
-                for (int m = 0; m < MV; ++m, c += L * sizeof(EP)) {
+                for (int m = 0; m < TM; ++m, c += L * sizeof(EP)) {
                     V t;
-                    std::memcpy(&t, tile + j * MR + m * L, sizeof t);
+                    std::memcpy(&t, tile + j * TM * L + m * L, sizeof t);
                     if (acc) {
                         EV e;
                         std::memcpy(&e, c, sizeof e);
@@ -164,7 +165,7 @@ struct Tiled {
         }
         for (int j = 0; j < cols; ++j)
             for (int i = 0; i < rows; ++i) {
-                const W* t = tile + j * MR + i * RL;
+                const W* t = tile + j * TM * L + i * RL;
                 Acc s;
                 if constexpr (cx) s = Acc{t[0], t[1]};
                 else s = t[0];
@@ -214,20 +215,26 @@ struct Tiled {
         // Small problems with unit-stride columns of A: no packing.
         if constexpr (!cx) {
           if (a1 == 1 && std::int64_t(M) * N * (K > 0 ? K : 1) <= 48 * 48 * 48) {
-            const int Mt = M / MRr * MRr, Nt = N / NR * NR;
+            // Tiles of one vector of rows by 4 columns, then single columns;
+            // rows short of a vector go through the scalar kernel.
+            const int Mt = M / L * L, Nt = N / 4 * 4;
             for_each_piece(K, bk.kblk, 2, [&](int32_t k0, int32_t kl, bool acc) MM_TARGET {
-                for (int j = 0; j < Nt; j += NR)
-                    for (int i = 0; i < Mt; i += MRr) {
-                        micro<EP, false>(kl, reinterpret_cast<const EP*>(pa + (i + std::ptrdiff_t(k0) * a2) * S), a2,
-                                         pb + (std::ptrdiff_t(k0) * b1 + std::ptrdiff_t(j) * b2) * S, b1 * S, b2,
-                                         tile);
-                        put_tile(tile, MRr, NR, pc + (i * std::ptrdiff_t(c1) + j * std::ptrdiff_t(c2)) * S, c1, c2,
-                                 acc);
+                for (int i = 0; i < Mt; i += L) {
+                    const EP* ai = reinterpret_cast<const EP*>(pa + (i + std::ptrdiff_t(k0) * a2) * S);
+                    for (int j = 0; j < N; j += j < Nt ? 4 : 1) {
+                        const char* bj = pb + (std::ptrdiff_t(k0) * b1 + std::ptrdiff_t(j) * b2) * S;
+                        char* cij = pc + (i * std::ptrdiff_t(c1) + j * std::ptrdiff_t(c2)) * S;
+                        if (j < Nt) {
+                            micro<EP, false, 1, 4>(kl, ai, a2, bj, b1 * S, b2, tile);
+                            put_tile<1>(tile, L, 4, cij, c1, c2, acc);
+                        } else {
+                            micro<EP, false, 1, 1>(kl, ai, a2, bj, b1 * S, b2, tile);
+                            put_tile<1>(tile, L, 1, cij, c1, c2, acc);
+                        }
                     }
-                Kernels<T>::block(acc, M - Mt, Nt, kl, at2<T>(pa, Mt, a1, k0, a2), a1, a2, at<T>(pb, k0, b1), b1, b2,
+                }
+                Kernels<T>::block(acc, M - Mt, N, kl, at2<T>(pa, Mt, a1, k0, a2), a1, a2, at<T>(pb, k0, b1), b1, b2,
                                   at<T>(pc, Mt, c1), c1, c2);
-                Kernels<T>::block(acc, M, N - Nt, kl, at<T>(pa, k0, a2), a1, a2, at2<T>(pb, k0, b1, Nt, b2), b1, b2,
-                                  at<T>(pc, Nt, c2), c1, c2);
             });
             return;
           }
@@ -261,20 +268,33 @@ struct Tiled {
     MM_TARGET static void mv(int32_t M, int32_t K, const void* A, int32_t a1, int32_t a2, const void* B, int32_t bs,
                              void* C, int32_t cs) {
         if (M < 1) return;
-        constexpr int RB = 1024;
+        constexpr int RB = 2048;
         Acc s[RB];
         for (int i0 = 0; i0 < M; i0 += RB) {
             const int h = M - i0 < RB ? M - i0 : RB;
             const char* a0 = static_cast<const char*>(A) + std::ptrdiff_t(i0) * a1 * S;
             for_each_piece(K, bk.chunk, 2, [&](int32_t k0, int32_t kl, bool acc) MM_TARGET {
                 for (int i = 0; i < h; ++i) s[i] = Ar::zero();
-                for (int k = k0; k < k0 + kl; ++k) {
+                int k = k0;
+                // Four columns per sweep over the partial sums, still in increasing k per row.
+                for (; a1 == 1 && k + 4 <= k0 + kl; k += 4) {
+                    const Acc x0 = Ar::load(at<T>(B, k, bs)), x1 = Ar::load(at<T>(B, k + 1, bs)),
+                              x2 = Ar::load(at<T>(B, k + 2, bs)), x3 = Ar::load(at<T>(B, k + 3, bs));
+                    const char* c0 = a0 + std::ptrdiff_t(k) * a2 * S;
+                    const char* c1 = c0 + std::ptrdiff_t(a2) * S;
+                    const char* c2 = c1 + std::ptrdiff_t(a2) * S;
+                    const char* c3 = c2 + std::ptrdiff_t(a2) * S;
+                    for (int i = 0; i < h; ++i) {
+                        Acc t = Ar::fma(s[i], Ar::load(c0 + i * S), x0);
+                        t = Ar::fma(t, Ar::load(c1 + i * S), x1);
+                        t = Ar::fma(t, Ar::load(c2 + i * S), x2);
+                        s[i] = Ar::fma(t, Ar::load(c3 + i * S), x3);
+                    }
+                }
+                for (; k < k0 + kl; ++k) {
                     const Acc x = Ar::load(at<T>(B, k, bs));
                     const char* col = a0 + std::ptrdiff_t(k) * a2 * S;
-                    if (a1 == 1)
-                        for (int i = 0; i < h; ++i) s[i] = Ar::fma(s[i], Ar::load(col + i * S), x);
-                    else
-                        for (int i = 0; i < h; ++i) s[i] = Ar::fma(s[i], Ar::load(col + i * a1 * S), x);
+                    for (int i = 0; i < h; ++i) s[i] = Ar::fma(s[i], Ar::load(col + i * a1 * S), x);
                 }
                 for (int i = 0; i < h; ++i) Ar::put(at<T>(C, i0 + i, cs), acc, s[i]);
             });
