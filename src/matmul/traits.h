@@ -74,13 +74,6 @@ MM_EXTENDED_TYPES(X)
 MM_LOGICAL_TYPES(X)
 #undef X
 
-// Scalar arithmetic of one accumulator part.
-template <class E, class Acc>
-struct Part {
-    static Acc widen(E v) { return static_cast<Acc>(v); }
-    static E narrow(Acc v) { return static_cast<E>(v); }
-};
-
 template <class T, bool Cx = (MmType<T>::family == Family::Complex)>
 struct Arith;
 
@@ -96,7 +89,18 @@ struct Arith<T, false> {
         if constexpr (std::is_integral_v<V>) return static_cast<Acc>(static_cast<std::make_unsigned_t<V>>(v));
         else return static_cast<Acc>(v);
     }
-    static Acc load(const void* p) { return widen(K::load(p)); }
+    static Acc load(const void* p) {
+        // A REAL(10) slot is 16 bytes: the whole register image is read in
+        // one piece (the extended load takes its 10 bytes), which avoids
+        // assembling the value from partial copies on every element.
+        if constexpr (std::is_same_v<E, R10>) {
+            long double v;
+            std::memcpy(&v, p, sizeof v);
+            return v;
+        } else {
+            return widen(K::load(p));
+        }
+    }
     static Acc fma(Acc s, Acc a, Acc b) {  // s + a*b, two roundings
         Acc p = a * b;
         return s + p;
@@ -114,9 +118,18 @@ struct Arith<T, true> {
     using Acc = typename MmType<T>::Acc;
     using P = decltype(Acc{}.re);
     static Acc zero() { return Acc{P(0), P(0)}; }
+    static P load_part(const char* p) {
+        if constexpr (std::is_same_v<P, long double>) {  // whole 16-byte slot, as for REAL(10)
+            long double v;
+            std::memcpy(&v, p, sizeof v);
+            return v;
+        } else {
+            return static_cast<P>(K::part::load(p));
+        }
+    }
     static Acc load(const void* p) {
-        auto v = K::load(p);
-        return Acc{static_cast<P>(v.re), static_cast<P>(v.im)};
+        const char* b = static_cast<const char*>(p);
+        return Acc{load_part(b), load_part(b + K::part::size)};
     }
     static Acc fma(Acc s, Acc a, Acc b) {
         P rr = a.re * b.re, ii = a.im * b.im, ri = a.re * b.im, ir = a.im * b.re;
