@@ -301,30 +301,33 @@ struct Tiled {
         }
     }
 
-    // Vector x matrix: 8 columns at a time, one chain per column.
+    // Vector x matrix: blocks of CW columns outermost, so each column of B is
+    // read as one sequential stream; within a block the K pieces in order,
+    // one chain per column.
     MM_TARGET static void vm(int32_t N, int32_t K, const void* A, int32_t as, const void* B, int32_t b1, int32_t b2,
                              void* C, int32_t cs) {
         if (N < 1) return;
         constexpr int CW = 8;
         Acc av[bk.chunk];
-        for_each_piece(K, bk.chunk, 4, [&](int32_t k0, int32_t kl, bool acc) MM_TARGET {
-            for (int k = 0; k < kl; ++k) av[k] = Ar::load(at<T>(A, k0 + k, as));
-            int j = 0;
-            for (; j + CW <= N; j += CW) {
+        for (int j = 0; j < N; j += CW) {
+            const int cw = N - j < CW ? N - j : CW;
+            for_each_piece(K, bk.chunk, 4, [&](int32_t k0, int32_t kl, bool acc) MM_TARGET {
+                for (int k = 0; k < kl; ++k) av[k] = Ar::load(at<T>(A, k0 + k, as));
+                const char* bj = at2<T>(B, k0, b1, j, b2);
                 Acc s[CW];
                 for (int c = 0; c < CW; ++c) s[c] = Ar::zero();
-                const char* bj = at2<T>(B, k0, b1, j, b2);
-                for (int k = 0; k < kl; ++k)
-                    for (int c = 0; c < CW; ++c) s[c] = Ar::fma(s[c], av[k], Ar::load(bj + (k * b1 + c * b2) * S));
-                for (int c = 0; c < CW; ++c) Ar::put(at<T>(C, j + c, cs), acc, s[c]);
-            }
-            for (; j < N; ++j) {
-                Acc s = Ar::zero();
-                const char* bj = at2<T>(B, k0, b1, j, b2);
-                for (int k = 0; k < kl; ++k) s = Ar::fma(s, av[k], Ar::load(bj + k * b1 * S));
-                Ar::put(at<T>(C, j, cs), acc, s);
-            }
-        });
+                if (cw == CW && b1 == 1) {
+                    for (int k = 0; k < kl; ++k)
+                        for (int c = 0; c < CW; ++c)
+                            s[c] = Ar::fma(s[c], av[k], Ar::load(bj + (k + std::ptrdiff_t(c) * b2) * S));
+                } else {
+                    for (int c = 0; c < cw; ++c)
+                        for (int k = 0; k < kl; ++k)
+                            s[c] = Ar::fma(s[c], av[k], Ar::load(bj + (k * std::ptrdiff_t(b1) + std::ptrdiff_t(c) * b2) * S));
+                }
+                for (int c = 0; c < cw; ++c) Ar::put(at<T>(C, j + c, cs), acc, s[c]);
+            });
+        }
     }
 };
 
