@@ -9,19 +9,23 @@ namespace intrins::mm {
 
 extern const EngineTable table_avx512, table_avx2, table_base;
 
-const EngineTable& engine_table() {
-    static std::atomic<const EngineTable*> chosen{nullptr};
-    const EngineTable* t = chosen.load(std::memory_order_relaxed);
+namespace {
+const EngineTable* pick(bool narrow) {
+    __builtin_cpu_init();
+    if (!narrow && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl"))
+        return &table_avx512;
+    if (__builtin_cpu_supports("avx2")) return &table_avx2;
+    return &table_base;
+}
+}  // namespace
+
+const EngineTable& engine_table(bool narrow) {
+    static std::atomic<const EngineTable*> chosen[2] = {nullptr, nullptr};
+    const EngineTable* t = chosen[narrow].load(std::memory_order_relaxed);
     if (!t) {
-        __builtin_cpu_init();
-        if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
-            __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl"))
-            t = &table_avx512;
-        else if (__builtin_cpu_supports("avx2"))
-            t = &table_avx2;
-        else
-            t = &table_base;
-        chosen.store(t, std::memory_order_relaxed);
+        t = pick(narrow);
+        chosen[narrow].store(t, std::memory_order_relaxed);
     }
     return *t;
 }

@@ -21,13 +21,15 @@ struct EngineTable {
 };
 #undef X
 
-// The table for this processor, chosen once.
-const EngineTable& engine_table();
+// The table for this processor, chosen once; `narrow` asks for one whose
+// vectors are at most 32 bytes, for products with fewer rows than a 64-byte
+// vector has lanes (results are the same bits either way).
+const EngineTable& engine_table(bool narrow = false);
 
 template <EngineSet EngineTable::*Member>
 struct TableEngines {
     template <class... A>
-    static void engine2x2(A... a) { (engine_table().*Member).mm(a...); }
+    static void engine2x2(int32_t M, A... a) { (engine_table(M < 16).*Member).mm(M, a...); }
     template <class... A>
     static void engine1x2(A... a) { (engine_table().*Member).vm(a...); }
     template <class... A>
