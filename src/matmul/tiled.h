@@ -69,10 +69,11 @@ struct Tiled {
     static constexpr int AK = MR * RL;  // W per k in a packed A tile
     static constexpr int BK = NR * RL;  // W per k in a packed B sliver
 
-    // Scratch: packed A block (MC rows) and B block (NC columns), 48 KiB each.
-    static constexpr int kBudget = 48 * 1024;
-    static constexpr int MC = std::max(1, kBudget / (bk.kblk * AK * int(sizeof(W)))) * MRr;
-    static constexpr int NC = kBudget / (bk.kblk * BK * int(sizeof(W))) * NR;
+    // Scratch: packed A block (MC rows, 24 KiB) and B block (NC columns, 72 KiB):
+    // wide B blocks mean fewer passes that pack A again.
+    static constexpr int kBudgetA = 24 * 1024, kBudgetB = 72 * 1024;
+    static constexpr int MC = std::max(1, kBudgetA / (bk.kblk * AK * int(sizeof(W)))) * MRr;
+    static constexpr int NC = kBudgetB / (bk.kblk * BK * int(sizeof(W))) * NR;
 
     [[gnu::always_inline]] static W part(const char* p, int q) {
         EP v;
