@@ -16,37 +16,21 @@
 
 namespace {
 
-const char kProgram[] = R"(program mm
-  implicit none
-  integer :: kind, form, m, n, k
-  integer(1), allocatable :: a1(:,:), b1(:,:), v1(:)
-  integer(2), allocatable :: a2(:,:), b2(:,:), v2(:)
-  integer(4), allocatable :: a4(:,:), b4(:,:), v4(:)
-  integer(8), allocatable :: a8(:,:), b8(:,:), v8(:)
-  do
-    read(*, *, end=9) kind, form, m, n, k
-    select case (kind)
-    case (1)
-      allocate(a1(m, k), b1(k, n), v1(k)); read(*, *) a1, b1, v1
-      if (form == 0) then; write(*, '(*(I0, 1X))') matmul(a1, b1); else; write(*, '(*(I0, 1X))') matmul(a1, v1); end if
-      deallocate(a1, b1, v1)
-    case (2)
-      allocate(a2(m, k), b2(k, n), v2(k)); read(*, *) a2, b2, v2
-      if (form == 0) then; write(*, '(*(I0, 1X))') matmul(a2, b2); else; write(*, '(*(I0, 1X))') matmul(a2, v2); end if
-      deallocate(a2, b2, v2)
-    case (4)
-      allocate(a4(m, k), b4(k, n), v4(k)); read(*, *) a4, b4, v4
-      if (form == 0) then; write(*, '(*(I0, 1X))') matmul(a4, b4); else; write(*, '(*(I0, 1X))') matmul(a4, v4); end if
-      deallocate(a4, b4, v4)
-    case (8)
-      allocate(a8(m, k), b8(k, n), v8(k)); read(*, *) a8, b8, v8
-      if (form == 0) then; write(*, '(*(I0, 1X))') matmul(a8, b8); else; write(*, '(*(I0, 1X))') matmul(a8, v8); end if
-      deallocate(a8, b8, v8)
-    end select
-  end do
-9 continue
-end program
-)";
+// The Fortran program: one case per integer kind, the same lines for each.
+std::string program() {
+    std::string decl, cases;
+    for (const char* k : {"1", "2", "4", "8"}) {
+        const std::string a = std::string("a") + k, b = std::string("b") + k, v = std::string("v") + k;
+        decl += std::string("  integer(") + k + "), allocatable :: " + a + "(:,:), " + b + "(:,:), " + v + "(:)\n";
+        cases += std::string("    case (") + k + ")\n      allocate(" + a + "(m, k), " + b + "(k, n), " + v +
+                 "(k)); read(*, *) " + a + ", " + b + ", " + v + "\n      if (form == 0) then; write(*, '(*(I0, 1X))') matmul(" +
+                 a + ", " + b + "); else; write(*, '(*(I0, 1X))') matmul(" + a + ", " + v + "); end if\n      deallocate(" +
+                 a + ", " + b + ", " + v + ")\n";
+    }
+    return "program mm\n  implicit none\n  integer :: kind, form, m, n, k\n" + decl +
+           "  do\n    read(*, *, end=9) kind, form, m, n, k\n    select case (kind)\n" + cases +
+           "    end select\n  end do\n9 continue\nend program\n";
+}
 
 struct Case {
     int kind, form, m, n, k;
@@ -73,7 +57,7 @@ TEST(MatmulAgainstGFortran, IntegerKindsRandomized) {
     char dir[] = "/tmp/matmul_gfXXXXXX";
     ASSERT_NE(mkdtemp(dir), nullptr);
     const std::string d(dir);
-    std::ofstream(d + "/mm.f90") << kProgram;
+    std::ofstream(d + "/mm.f90") << program();
     ASSERT_EQ(std::system(("gfortran -O0 -o " + d + "/mm " + d + "/mm.f90").c_str()), 0);
 
     std::mt19937_64 rng(2024);
