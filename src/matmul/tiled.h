@@ -98,9 +98,12 @@ struct Tiled {
     // types, read in place from columns (k step lda elements, type EA).
     // (Straight-line vectorization is off here: it would merge the column
     // broadcasts into one load plus shuffles.)
+    // With `C` given (a full tile over unit-stride columns) the sums go
+    // straight into C (C + s, or s) instead of through `tile`.
     template <class EA, bool packedB, int TM = MV, int TN = NR>
     MM_TARGET [[gnu::optimize("no-tree-slp-vectorize")]] static void micro(int kl, const EA* a, std::ptrdiff_t ak, const char* b, std::ptrdiff_t bk1,
-                                std::ptrdiff_t bk2, W* tile) {
+                                std::ptrdiff_t bk2, W* tile, char* C = nullptr, std::ptrdiff_t c2 = 0,
+                                bool accumulate = false) {
         V acc[TN][TM];
         for (int j = 0; j < TN; ++j)
             for (int m = 0; m < TM; ++m) acc[j][m] = V{};
@@ -138,6 +141,21 @@ struct Tiled {
             }
             a += ak;
             b += bk1;
+        }
+        if (C) {
+            for (int j = 0; j < TN; ++j)
+                for (int m = 0; m < TM; ++m) {
+                    char* c = C + (j * c2 * S) + m * L * std::ptrdiff_t(sizeof(EP));
+                    V t = acc[j][m];
+                    if (accumulate) {
+                        EV e;
+                        std::memcpy(&e, c, sizeof e);
+                        t = __builtin_convertvector(e, V) + t;
+                    }
+                    EV out = __builtin_convertvector(t, EV);
+                    std::memcpy(c, &out, sizeof out);
+                }
+            return;
         }
         for (int j = 0; j < TN; ++j)
             for (int m = 0; m < TM; ++m) std::memcpy(tile + j * TM * L + m * L, &acc[j][m], sizeof(V));
@@ -252,11 +270,13 @@ struct Tiled {
                     for (int j = 0; j < w; j += NR) {
                         const W* bs = bbuf + std::ptrdiff_t(j / NR) * kl * BK;
                         for (int i = 0; i < h; i += MRr) {
+                            const int rows = h - i < MRr ? h - i : MRr, cols = w - j < NR ? w - j : NR;
+                            char* ct = pc + ((i0 + i) * std::ptrdiff_t(c1) + (j0 + j) * std::ptrdiff_t(c2)) * S;
+                            const bool whole = c1 == 1 && rows == MRr && cols == NR;
                             micro<W, true>(kl, abuf + std::ptrdiff_t(i / MRr) * kl * AK, AK,
-                                           reinterpret_cast<const char*>(bs), BK * sizeof(W), 0, tile);
-                            put_tile(tile, h - i < MRr ? h - i : MRr, w - j < NR ? w - j : NR,
-                                     pc + ((i0 + i) * std::ptrdiff_t(c1) + (j0 + j) * std::ptrdiff_t(c2)) * S, c1, c2,
-                                     acc);
+                                           reinterpret_cast<const char*>(bs), BK * sizeof(W), 0, tile,
+                                           whole ? ct : nullptr, c2, acc);
+                            if (!whole) put_tile(tile, rows, cols, ct, c1, c2, acc);
                         }
                     }
                 }
