@@ -96,6 +96,18 @@ struct Tiled {
 
     // acc[j][m] over kl values of k.  A: packed (k step AK) or, for real
     // types, read in place from columns (k step lda elements, type EA).
+    // L W-lanes of sums into L element parts at c: C = C + s or C = s, in
+    // the element's type (the rounding and truncation of Arith<T>::put).
+    [[gnu::always_inline]] MM_TARGET static void put_vector(char* c, V t, bool accumulate) {
+        if (accumulate) {
+            EV e;
+            std::memcpy(&e, c, sizeof e);
+            t = __builtin_convertvector(e, V) + t;
+        }
+        EV out = __builtin_convertvector(t, EV);
+        std::memcpy(c, &out, sizeof out);
+    }
+
     // (Straight-line vectorization is off here: it would merge the column
     // broadcasts into one load plus shuffles.)
     // With `C` given (a full tile over unit-stride columns) the sums go
@@ -145,15 +157,7 @@ struct Tiled {
         if (C) {
             for (int j = 0; j < TN; ++j)
                 for (int m = 0; m < TM; ++m) {
-                    char* c = C + (j * c2 * S) + m * L * std::ptrdiff_t(sizeof(EP));
-                    V t = acc[j][m];
-                    if (accumulate) {
-                        EV e;
-                        std::memcpy(&e, c, sizeof e);
-                        t = __builtin_convertvector(e, V) + t;
-                    }
-                    EV out = __builtin_convertvector(t, EV);
-                    std::memcpy(c, &out, sizeof out);
+                    put_vector(C + (j * c2 * S) + m * L * std::ptrdiff_t(sizeof(EP)), acc[j][m], accumulate);
                 }
             return;
         }
@@ -171,13 +175,7 @@ struct Tiled {
                 for (int m = 0; m < TM; ++m, c += L * sizeof(EP)) {
                     V t;
                     std::memcpy(&t, tile + j * TM * L + m * L, sizeof t);
-                    if (acc) {
-                        EV e;
-                        std::memcpy(&e, c, sizeof e);
-                        t = __builtin_convertvector(e, V) + t;
-                    }
-                    EV out = __builtin_convertvector(t, EV);
-                    std::memcpy(c, &out, sizeof out);
+                    put_vector(c, t, acc);
                 }
             }
             return;
