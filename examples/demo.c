@@ -331,6 +331,56 @@ static void demo_construct(void) {
     for (size_t i = 0; i < sizeof owned / sizeof owned[0]; ++i) f90_freespace(owned[i]->BASE);
 }
 
+static void demo_matmul(void) {
+    /* REAL(8) :: A(2,3), B(3,2);  C = MATMUL(A, B)  -- the library allocates C */
+    double a[6] = {1, 2, 3, 4, 5, 6}, b[6] = {1, 0, 1, 0, 1, 0};
+    int32_t ab[] = {1, 2, 1, 3}, bb[] = {1, 3, 1, 2};
+    ArrDesc da, db, dc;
+    f90_CreateArray(2, ab, 8, &da);
+    f90_CreateArray(2, bb, 8, &db);
+    memcpy(da.BASE, a, sizeof a);
+    memcpy(db.BASE, b, sizeof b);
+    ArgList args;
+    memset(&args, 0, sizeof args);
+    args.Presence = F90_PRESENT_ARG1 | F90_PRESENT_ARG2; /* result not supplied */
+    args.Flags = F90_FLAG_CHECK;
+    args.Result.w[0] = (F90Word)&dc;
+    args.ARG1.w[0] = (F90Word)&da;
+    args.ARG2.w[0] = (F90Word)&db;
+    f90_matmulr8(&args);
+    printf("MATMUL(A, B) is %d x %d:", dc.DIM[0].UPPER, dc.DIM[1].UPPER);
+    for (int32_t i = 0; i < dc.EXTENT; ++i) printf(" %g", ((double *)dc.BASE)[i]);
+    printf("\n");
+
+    /* INTEGER(1) matrix x vector: sums wrap in the kind's width */
+    int8_t m[4] = {100, 1, 100, 1}, x[2] = {1, 1}, y[2];
+    f90_Engine2x1Int1(2, 2, m, 1, 2, x, 1, y, 1);
+    printf("INTEGER(1) [100 100; 1 1] x [1 1] = %d %d\n", y[0], y[1]);
+
+    /* LOGICAL(4) vector x matrix through the driver, with a supplied result */
+    int32_t lv[2] = {0, 1}, lm[4] = {1, 0, 0, 7}, lr[2] = {-1, -1};
+    ArrDesc dv, dm, dr;
+    int32_t vb[] = {1, 2}, mb[] = {1, 2, 1, 2};
+    f90_CreateArray(1, vb, 4, &dv);
+    f90_CreateArray(2, mb, 4, &dm);
+    f90_CreateArray(1, vb, 4, &dr);
+    memcpy(dv.BASE, lv, sizeof lv);
+    memcpy(dm.BASE, lm, sizeof lm);
+    args.Presence = F90_PRESENT_RESULT | F90_PRESENT_ARG1 | F90_PRESENT_ARG2;
+    args.Result.w[0] = (F90Word)&dr;
+    args.ARG1.w[0] = (F90Word)&dv;
+    args.ARG2.w[0] = (F90Word)&dm;
+    f90_matmull4(&args);
+    memcpy(lr, dr.BASE, sizeof lr);
+    printf("LOGICAL [F T] x [T F; F T] = %d %d\n", lr[0], lr[1]);
+    f90_freespace(da.BASE);
+    f90_freespace(db.BASE);
+    f90_freespace(dc.BASE);
+    f90_freespace(dv.BASE);
+    f90_freespace(dm.BASE);
+    f90_freespace(dr.BASE);
+}
+
 int main(void) {
     demo_frame();
     demo_random();
@@ -340,5 +390,6 @@ int main(void) {
     demo_reduce();
     printf("\n");
     demo_construct();
+    demo_matmul();
     return 0;
 }

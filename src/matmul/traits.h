@@ -1,0 +1,184 @@
+// traits.h - the element types of MATMUL and their arithmetic, one table.
+//
+// MmType<Tag> gives, per kernel type word (Int4, Real8, Complex20, ...):
+//   elem     the storage tag of kinds.h (REAL(10) in a 16-byte slot);
+//   Acc      the type a dot product is carried in: integers in an unsigned
+//            type of at least their width (sums wrap; truncation on store
+//            gives the same bits as wrapping in the element's own width),
+//            REAL(4)/REAL(8) in double, REAL(10) in long double, REAL(16) in
+//            binary128, COMPLEX as a pair of the part's accumulator;
+//   blocks   column block, row block, K block, panel rows, vector k chunk.
+//
+// The per-element arithmetic that every kernel shares lives in Arith<T>:
+//   s = 0; for k in increasing order: s = s + A(k) * B(k)   (never fused)
+//   C = accumulate ? C + s : s, rounded to the element type on the store.
+// COMPLEX products are (ar br - ai bi, ar bi + ai br).
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <type_traits>
+
+#include "frame/kinds.h"
+
+namespace intrins::mm {
+
+struct Blocks {
+    int col, row, kblk, panel, chunk;
+};
+
+enum class Family { Integer, Logical, Real, Complex };
+
+template <class E, class A, Family F, Blocks B>
+struct TypeBase {
+    using elem = E;
+    using Acc = A;
+    static constexpr Family family = F;
+    static constexpr Blocks blocks = B;
+    static constexpr std::size_t size = Kind<E>::size;
+};
+
+template <class Tag>
+struct MmType;
+
+// One line per kernel type word: tag, element, accumulator, family, blocks.
+#define MM_NATIVE_TYPES(X)                                                                    \
+    X(Int1, int8_t, uint32_t, Integer, (Blocks{256, 128, 128, 32, 1536}))                      \
+    X(Int2, int16_t, uint32_t, Integer, (Blocks{128, 128, 64, 32, 512}))                       \
+    X(Int4, int32_t, uint32_t, Integer, (Blocks{96, 96, 64, 16, 256}))                         \
+    X(Int8, int64_t, uint64_t, Integer, (Blocks{64, 64, 64, 8, 256}))                          \
+    X(Real4, float, double, Real, (Blocks{128, 128, 64, 16, 512}))                             \
+    X(Real8, double, double, Real, (Blocks{64, 64, 64, 8, 256}))                               \
+    X(Complex8, Cplx<float>, Cplx<double>, Complex, (Blocks{64, 128, 32, 16, 256}))            \
+    X(Complex16, Cplx<double>, Cplx<double>, Complex, (Blocks{96, 64, 32, 8, 128}))
+#define MM_EXTENDED_TYPES(X)                                                                  \
+    X(Real10, R10, long double, Real, (Blocks{64, 64, 32, 8, 128}))                            \
+    X(Real16, Quad, Quad, Real, (Blocks{64, 64, 32, 8, 128}))                                  \
+    X(Complex20, Cplx<R10>, Cplx<long double>, Complex, (Blocks{64, 64, 32, 8, 128}))          \
+    X(Complex32, Cplx<Quad>, Cplx<Quad>, Complex, (Blocks{64, 64, 32, 8, 128}))
+#define MM_LOGICAL_TYPES(X)                                    \
+    X(Log1, int8_t, uint32_t, Logical, (Blocks{0, 0, 0, 0, 0})) \
+    X(Log2, int16_t, uint32_t, Logical, (Blocks{0, 0, 0, 0, 0})) \
+    X(Log4, int32_t, uint32_t, Logical, (Blocks{0, 0, 0, 0, 0})) \
+    X(Log8, int64_t, uint64_t, Logical, (Blocks{0, 0, 0, 0, 0}))
+
+// The native types that have movers of their own (REAL(4) uses Int4's).
+#define MM_MOVER_TYPES(X) X(Int1) X(Int2) X(Int4) X(Int8) X(Real8) X(Complex8) X(Complex16)
+
+#define X(tag, E, A, F, B)                                 \
+    struct tag {};                                         \
+    template <>                                            \
+    struct MmType<tag> : TypeBase<E, A, Family::F, B> {};
+MM_NATIVE_TYPES(X)
+MM_EXTENDED_TYPES(X)
+MM_LOGICAL_TYPES(X)
+#undef X
+
+template <class T, bool Cx = (MmType<T>::family == Family::Complex)>
+struct Arith;
+
+// Integers and reals.
+template <class T>
+struct Arith<T, false> {
+    using E = typename MmType<T>::elem;
+    using K = Kind<E>;
+    using Acc = typename MmType<T>::Acc;
+    using V = typename K::value;
+    static Acc zero() { return Acc(0); }
+    static Acc widen(V v) {
+        if constexpr (std::is_integral_v<V>) return static_cast<Acc>(static_cast<std::make_unsigned_t<V>>(v));
+        else return static_cast<Acc>(v);
+    }
+    static Acc load(const void* p) {
+        // A REAL(10) slot is 16 bytes: the whole register image is read in
+        // one piece (the extended load takes its 10 bytes), which avoids
+        // assembling the value from partial copies on every element.
+        if constexpr (std::is_same_v<E, R10>) {
+            long double v;
+            std::memcpy(&v, p, sizeof v);
+            return v;
+        } else {
+            return widen(K::load(p));
+        }
+    }
+    static Acc fma(Acc s, Acc a, Acc b) {  // s + a*b, two roundings
+        Acc p = a * b;
+        return s + p;
+    }
+    static void put(void* c, bool accumulate, Acc s) {
+        if (accumulate) s = load(c) + s;
+        K::store(c, static_cast<V>(s));
+    }
+};
+
+template <class T>
+struct Arith<T, true> {
+    using E = typename MmType<T>::elem;
+    using K = Kind<E>;
+    using Acc = typename MmType<T>::Acc;
+    using P = decltype(Acc{}.re);
+    static Acc zero() { return Acc{P(0), P(0)}; }
+    static P load_part(const char* p) {
+        if constexpr (std::is_same_v<P, long double>) {  // whole 16-byte slot, as for REAL(10)
+            long double v;
+            std::memcpy(&v, p, sizeof v);
+            return v;
+        } else {
+            return static_cast<P>(K::part::load(p));
+        }
+    }
+    static Acc load(const void* p) {
+        const char* b = static_cast<const char*>(p);
+        return Acc{load_part(b), load_part(b + K::part::size)};
+    }
+    static Acc fma(Acc s, Acc a, Acc b) {
+        P rr = a.re * b.re, ii = a.im * b.im, ri = a.re * b.im, ir = a.im * b.re;
+        P pr = rr - ii, pi = ri + ir;
+        // The vectorizer's complex patterns would fuse these into
+        // multiply-add-subtract instructions where the target has them,
+        // whatever the contraction setting; an empty barrier keeps the
+        // product's two roundings.
+        if constexpr (std::is_same_v<P, double>) asm("" : "+x"(pr), "+x"(pi));
+        return Acc{s.re + pr, s.im + pi};
+    }
+    static void put(void* c, bool accumulate, Acc s) {
+        if (accumulate) {
+            Acc o = load(c);
+            s = Acc{o.re + s.re, o.im + s.im};
+        }
+        using VP = decltype(typename K::value{}.re);
+        K::store(c, typename K::value{static_cast<VP>(s.re), static_cast<VP>(s.im)});
+    }
+};
+
+// Byte address of element i along a stride given in elements.
+template <class T>
+inline char* at(const void* p, std::intptr_t i, std::intptr_t stride) {
+    return reinterpret_cast<char*>(reinterpret_cast<std::uintptr_t>(p) +
+                                   static_cast<std::uintptr_t>(i * stride * static_cast<std::intptr_t>(MmType<T>::size)));
+}
+template <class T>
+inline char* at2(const void* p, std::intptr_t i, std::intptr_t s1, std::intptr_t k, std::intptr_t s2) {
+    return reinterpret_cast<char*>(reinterpret_cast<std::uintptr_t>(p) +
+                                   static_cast<std::uintptr_t>((i * s1 + k * s2) * static_cast<std::intptr_t>(MmType<T>::size)));
+}
+
+// The K partition every engine follows, in order: the remainder first (its
+// part that is a multiple of `split`, then the rest), then the full blocks in
+// increasing k.  f(k0, count, accumulate) is called once per piece; the first
+// piece stores, the others add.  K <= 0 gives one empty storing piece (zeros).
+// When the remainder is empty the first full block stores where the blocked
+// algorithm clears C and then adds: 0 + s equals s bit for bit, since a dot
+// product that starts from +0 can never be -0.
+template <class F>
+inline void for_each_piece(int32_t K, int32_t kblk, int32_t split, F&& f) {
+    if (K < 0) K = 0;
+    const int32_t full = K / kblk * kblk, rest = K - full, even = rest / split * split;
+    bool first = true;
+    if (even > 0) { f(full, even, false); first = false; }
+    if (rest - even > 0) { f(full + even, rest - even, !first); first = false; }
+    for (int32_t k0 = 0; k0 < full; k0 += kblk) { f(k0, kblk, !first); first = false; }
+    if (first) f(0, 0, false);
+}
+
+}  // namespace intrins::mm
