@@ -119,6 +119,16 @@ struct Tiled {
         V acc[TN][TM];
         for (int j = 0; j < TN; ++j)
             for (int m = 0; m < TM; ++m) acc[j][m] = V{};
+        // The C tile is only touched after the k loop: ask for its lines now,
+        // so that the store-back does not wait on the caches.
+        if (C) {
+            constexpr int bytes = TM * L * int(sizeof(EP));
+            for (int j = 0; j < TN; ++j) {
+                const char* cj = C + j * c2 * S;
+                for (int o = 0; o < bytes; o += 64) __builtin_prefetch(cj + o, 1, 3);
+                __builtin_prefetch(cj + bytes - 1, 1, 3);
+            }
+        }
         for (int k = 0; k < kl; ++k) {
             V av[TM], as[TM];
             for (int m = 0; m < TM; ++m) {
@@ -265,7 +275,19 @@ struct Tiled {
                 for (int i0 = 0; i0 < M; i0 += MC) {
                     const int h = M - i0 < MC ? M - i0 : MC;
                     pack_a(abuf, pa + (std::ptrdiff_t(i0) * a1 + std::ptrdiff_t(k0) * a2) * S, h, kl, a1, a2);
+                    // The next row block's columns, a few per B sliver, so
+                    // that its packing finds them in the caches.
+                    const int hn = M - i0 - MC < MC ? M - i0 - MC : MC;
+                    const int slivers = (w + NR - 1) / NR, kper = (kl + slivers - 1) / slivers;
                     for (int j = 0; j < w; j += NR) {
+                        if (a1 == 1 && hn > 0) {
+                            const int kb = j / NR * kper, ke = kb + kper < kl ? kb + kper : kl;
+                            for (int k = kb; k < ke; ++k) {
+                                const char* col = pa + (std::ptrdiff_t(i0 + MC) + std::ptrdiff_t(k0 + k) * a2) * S;
+                                for (std::ptrdiff_t o = 0; o < hn * S; o += 64) __builtin_prefetch(col + o, 0, 2);
+                                __builtin_prefetch(col + hn * S - 1, 0, 2);
+                            }
+                        }
                         const W* bs = bbuf + std::ptrdiff_t(j / NR) * kl * BK;
                         for (int i = 0; i < h; i += MRr) {
                             const int rows = h - i < MRr ? h - i : MRr, cols = w - j < NR ? w - j : NR;
