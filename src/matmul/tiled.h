@@ -213,7 +213,8 @@ struct Tiled {
                         d[2 * r] = re, d[2 * r + 1] = im, d[MR + 2 * r] = -im, d[MR + 2 * r + 1] = re;
                     }
                 } else if (a1 == 1 && h == MRr) {
-                    for (int r = 0; r < MRr; ++r) d[r] = part(src + r * S, 0);
+                    if constexpr (std::is_same_v<W, EP>) std::memcpy(d, src, MRr * sizeof(W));
+                    else for (int r = 0; r < MRr; ++r) d[r] = part(src + r * S, 0);
                 } else {
                     for (int r = 0; r < MRr; ++r) d[r] = r < h ? part(src + r * a1 * S, 0) : W(0);
                 }
