@@ -16,6 +16,7 @@
 #include "frame/runtime.h"
 #include "frame/wrap.h"
 #include "reduce/lists.h"
+#include "reduce/simd.h"
 #include "reduce/walk.h"
 
 namespace intrins::reduce {
@@ -49,7 +50,11 @@ struct Count : Truth<L> {
     static void add(acc& a, const char* e, int32_t) { a += Truth<L>::at(e) ? 1u : 0u; }
     static void run(acc& a, const char* p, std::ptrdiff_t s, int32_t n, int32_t) {
         if (s == static_cast<std::ptrdiff_t>(sizeof(L))) {
-            for (int32_t i = 0; i < n; ++i) a += Kind<L>::load(p + i * sizeof(L)) != 0 ? 1u : 0u;
+            if constexpr (sizeof(L) >= 4) {
+                a += simd::count<std::make_unsigned_t<L>>(p, n);
+            } else {
+                for (int32_t i = 0; i < n; ++i) a += Kind<L>::load(p + i * sizeof(L)) != 0 ? 1u : 0u;
+            }
         } else {
             for (int32_t i = 0; i < n; ++i) a += Kind<L>::load(p + i * s) != 0 ? 1u : 0u;
         }

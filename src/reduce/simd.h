@@ -136,4 +136,48 @@ Acc sum(const char* p, int64_t n) {
     return has_avx2() ? sum_avx2<T, Acc>(p, n) : sum_sse2<T, Acc>(p, n);
 }
 
+// How many of n contiguous 4- or 8-byte logicals are true (any bit set),
+// wrapping modulo 2^32 like the scalar tally.  Each lane counts in its own
+// width, which a 32-bit element count cannot overflow.
+template <class T, int Bytes>
+[[gnu::always_inline]] inline uint32_t count_body(const char* p, int64_t n) {
+    static_assert(sizeof(T) >= 4 && std::is_unsigned_v<T>);
+    using V = typename VecOf<T, Bytes>::type;
+    constexpr int W = Bytes / sizeof(T);
+    V c0 = {}, c1 = {}, c2 = {}, c3 = {};
+    int64_t i = 0;
+    for (; i + 4 * W <= n; i += 4 * W) {
+        V x0, x1, x2, x3;
+        std::memcpy(&x0, p + i * sizeof(T), sizeof x0);
+        std::memcpy(&x1, p + (i + W) * sizeof(T), sizeof x1);
+        std::memcpy(&x2, p + (i + 2 * W) * sizeof(T), sizeof x2);
+        std::memcpy(&x3, p + (i + 3 * W) * sizeof(T), sizeof x3);
+        c0 -= (V)(x0 != 0);  // a true lane compares as all ones, -1
+        c1 -= (V)(x1 != 0);
+        c2 -= (V)(x2 != 0);
+        c3 -= (V)(x3 != 0);
+    }
+    c0 += c1 + c2 + c3;
+    uint32_t r = 0;
+    for (int k = 0; k < W; ++k) r += static_cast<uint32_t>(c0[k]);
+    for (; i < n; ++i) {
+        T x;
+        std::memcpy(&x, p + i * sizeof(T), sizeof x);
+        r += x != 0 ? 1u : 0u;
+    }
+    return r;
+}
+template <class T>
+[[gnu::target("avx2")]] uint32_t count_avx2(const char* p, int64_t n) {
+    return count_body<T, 32>(p, n);
+}
+template <class T>
+uint32_t count_sse2(const char* p, int64_t n) {
+    return count_body<T, 16>(p, n);
+}
+template <class T>
+uint32_t count(const char* p, int64_t n) {
+    return has_avx2() ? count_avx2<T>(p, n) : count_sse2<T>(p, n);
+}
+
 }  // namespace intrins::reduce::simd

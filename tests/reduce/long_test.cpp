@@ -145,3 +145,33 @@ TEST(LongVectors, IntegerSumsAndMaskedRealSum) {
 
 }  // namespace
 }  // namespace rtest
+
+namespace rtest {
+namespace {
+
+// COUNT of long LOGICAL(4) and LOGICAL(8) vectors (the vector loop), with
+// true values that set only one high bit, around the vector boundaries.
+TEST(LongVectors, CountOfWideLogicals) {
+    std::mt19937 rng(5);
+    for (int n : {0, 1, 7, 8, 31, 32, 33, 63, 1000, 4099}) {
+        Array l4({{1, n}}, 4), l8({{1, n}}, 8);
+        uint32_t want4 = 0, want8 = 0;
+        for (int i = 0; i < n; ++i) {
+            uint32_t r = rng();
+            int32_t x = r % 3 == 0 ? 0 : static_cast<int32_t>(1u << (r % 32));
+            int64_t y = r % 5 == 0 ? 0 : static_cast<int64_t>(1ull << (r % 64));
+            l4.at<int32_t>(i) = x;
+            l8.at<int64_t>(i) = y;
+            want4 += x != 0;
+            want8 += y != 0;
+        }
+        Array c4(4), c8(4);
+        f90_count4(Red(l4).into(c4));
+        EXPECT_EQ(c4.at<uint32_t>(0), want4) << n;
+        f90_count8(Red(l8).into(c8));
+        EXPECT_EQ(c8.at<uint32_t>(0), want8) << n;
+    }
+}
+
+}  // namespace
+}  // namespace rtest
