@@ -94,12 +94,22 @@ Extreme<T, Max> extreme(const char* p, int64_t n) {
     return has_avx2() ? extreme_avx2<T, Max>(p, n) : extreme_sse2<T, Max>(p, n);
 }
 
-// The wrapping sum of n contiguous integers of the accumulator's width.
-template <class T, class Acc, int Bytes>
-[[gnu::always_inline]] inline Acc sum_body(const char* p, int64_t n) {
-    static_assert(sizeof(T) == sizeof(Acc) && std::is_unsigned_v<Acc>);
-    using V = typename VecOf<Acc, Bytes>::type;
-    constexpr int W = Bytes / sizeof(Acc);
+// One wrapping integer fold over n contiguous elements of type T, four
+// vectors per step: the sum of the values (Tally false) or the number of
+// nonzero ones (Tally true: a true lane compares as all ones, -1, and is
+// subtracted).  Lanes keep T's width, which a 32-bit element count cannot
+// overflow when tallying; the lanes are added into Acc at the end.
+template <class T, class Acc, bool Tally, int Bytes>
+[[gnu::always_inline]] inline Acc fold_body(const char* p, int64_t n) {
+    static_assert(std::is_unsigned_v<T> && std::is_unsigned_v<Acc>);
+    using V = typename VecOf<T, Bytes>::type;
+    constexpr int W = Bytes / sizeof(T);
+    auto step = [](V& acc, const V& x) {
+        if constexpr (Tally)
+            acc -= (V)(x != 0);
+        else
+            acc += x;
+    };
     V s0 = {}, s1 = {}, s2 = {}, s3 = {};
     int64_t i = 0;
     for (; i + 4 * W <= n; i += 4 * W) {
@@ -108,76 +118,47 @@ template <class T, class Acc, int Bytes>
         std::memcpy(&x1, p + (i + W) * sizeof(T), sizeof x1);
         std::memcpy(&x2, p + (i + 2 * W) * sizeof(T), sizeof x2);
         std::memcpy(&x3, p + (i + 3 * W) * sizeof(T), sizeof x3);
-        s0 += x0;
-        s1 += x1;
-        s2 += x2;
-        s3 += x3;
+        step(s0, x0);
+        step(s1, x1);
+        step(s2, x2);
+        step(s3, x3);
     }
     s0 += s1 + s2 + s3;
     Acc r = 0;
-    for (int k = 0; k < W; ++k) r += s0[k];
-    for (; i < n; ++i) {
-        Acc x;
-        std::memcpy(&x, p + i * sizeof(T), sizeof x);
-        r += x;
-    }
-    return r;
-}
-template <class T, class Acc>
-[[gnu::target("avx2")]] Acc sum_avx2(const char* p, int64_t n) {
-    return sum_body<T, Acc, 32>(p, n);
-}
-template <class T, class Acc>
-Acc sum_sse2(const char* p, int64_t n) {
-    return sum_body<T, Acc, 16>(p, n);
-}
-template <class T, class Acc>
-Acc sum(const char* p, int64_t n) {
-    return has_avx2() ? sum_avx2<T, Acc>(p, n) : sum_sse2<T, Acc>(p, n);
-}
-
-// How many of n contiguous 4- or 8-byte logicals are true (any bit set),
-// wrapping modulo 2^32 like the scalar tally.  Each lane counts in its own
-// width, which a 32-bit element count cannot overflow.
-template <class T, int Bytes>
-[[gnu::always_inline]] inline uint32_t count_body(const char* p, int64_t n) {
-    static_assert(sizeof(T) >= 4 && std::is_unsigned_v<T>);
-    using V = typename VecOf<T, Bytes>::type;
-    constexpr int W = Bytes / sizeof(T);
-    V c0 = {}, c1 = {}, c2 = {}, c3 = {};
-    int64_t i = 0;
-    for (; i + 4 * W <= n; i += 4 * W) {
-        V x0, x1, x2, x3;
-        std::memcpy(&x0, p + i * sizeof(T), sizeof x0);
-        std::memcpy(&x1, p + (i + W) * sizeof(T), sizeof x1);
-        std::memcpy(&x2, p + (i + 2 * W) * sizeof(T), sizeof x2);
-        std::memcpy(&x3, p + (i + 3 * W) * sizeof(T), sizeof x3);
-        c0 -= (V)(x0 != 0);  // a true lane compares as all ones, -1
-        c1 -= (V)(x1 != 0);
-        c2 -= (V)(x2 != 0);
-        c3 -= (V)(x3 != 0);
-    }
-    c0 += c1 + c2 + c3;
-    uint32_t r = 0;
-    for (int k = 0; k < W; ++k) r += static_cast<uint32_t>(c0[k]);
+    for (int k = 0; k < W; ++k) r += static_cast<Acc>(s0[k]);
     for (; i < n; ++i) {
         T x;
         std::memcpy(&x, p + i * sizeof(T), sizeof x);
-        r += x != 0 ? 1u : 0u;
+        r += Tally ? (x != 0 ? 1 : 0) : static_cast<Acc>(x);
     }
     return r;
 }
-template <class T>
-[[gnu::target("avx2")]] uint32_t count_avx2(const char* p, int64_t n) {
-    return count_body<T, 32>(p, n);
+template <class T, class Acc, bool Tally>
+[[gnu::target("avx2")]] Acc fold_avx2(const char* p, int64_t n) {
+    return fold_body<T, Acc, Tally, 32>(p, n);
 }
-template <class T>
-uint32_t count_sse2(const char* p, int64_t n) {
-    return count_body<T, 16>(p, n);
+template <class T, class Acc, bool Tally>
+Acc fold_sse2(const char* p, int64_t n) {
+    return fold_body<T, Acc, Tally, 16>(p, n);
 }
+template <class T, class Acc, bool Tally>
+Acc fold(const char* p, int64_t n) {
+    return has_avx2() ? fold_avx2<T, Acc, Tally>(p, n) : fold_sse2<T, Acc, Tally>(p, n);
+}
+
+// The wrapping sum of n contiguous integers of the accumulator's width.
+template <class T, class Acc>
+Acc sum(const char* p, int64_t n) {
+    static_assert(sizeof(T) == sizeof(Acc));
+    return fold<Acc, Acc, false>(p, n);
+}
+
+// How many of n contiguous 4- or 8-byte logicals (of unsigned type T) are
+// true (any bit set), wrapping modulo 2^32 like the scalar tally.
 template <class T>
 uint32_t count(const char* p, int64_t n) {
-    return has_avx2() ? count_avx2<T>(p, n) : count_sse2<T>(p, n);
+    static_assert(sizeof(T) >= 4);
+    return fold<T, uint32_t, true>(p, n);
 }
 
 }  // namespace intrins::reduce::simd
