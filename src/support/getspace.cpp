@@ -147,7 +147,7 @@ private:
     std::size_t bytes_ = 0;
 };
 
-Cache g_cache;
+constinit Cache g_cache;  // no constructor runs: usable from any static initialiser
 #endif
 
 }  // namespace
