@@ -5,7 +5,16 @@
 // along dimension 0) while the source is contiguous along dimension 1.  A
 // plain walk reads one element per cache line of the source; tiles of T x T
 // elements keep the T source lines in the first-level cache while the T
-// destination lines are filled.
+// destination lines are filled.  Inside a tile, elements of W = 4 or 8 bytes
+// are transposed in registers, in blocks of 64 / W x 64 / W with AVX-512
+// shuffles, else 32 / W x 32 / W with AVX2 (chosen at run time).
+//
+// A large result (kStreamBytes and more) whose columns all start at the same
+// offset within a 64-byte line is swept instead: 64 / W source rows at a
+// time across all columns, so that the source is read as that many
+// sequential streams, while every destination line is written whole by one
+// streaming store (no read of the line first).  The rows before the first
+// and after the last whole line of each column get plain stores.
 //
 // PACK and UNPACK on 4- and 8-byte elements use AVX-512 compress and expand
 // in registers where the processor has them (chosen once, cached); stores
@@ -98,41 +107,147 @@ __attribute__((target("avx2"))) void tile_avx2(char* d, std::ptrdiff_t dl, const
     tile(Fixed<W>{}, d + cb * dl, dl, s + cb * W, sl, rows, cols - cb);
 }
 
+bool have_avx512() {
+    static const bool yes = __builtin_cpu_supports("avx512f");
+    return yes;
+}
+
+// The four 128-bit lanes of a, b, c, d regrouped by lane: out[L] holds lane
+// L of a, b, c and d, in that order.  (Here and below the zero-masked forms
+// with every lane selected stand for the plain ones, which pass an undefined
+// operand through that the compiler warns about.)
+__attribute__((target("avx512f"))) inline void lanes4(__m512i a, __m512i b, __m512i c, __m512i d, __m512i* out) {
+    const __m512i v = _mm512_maskz_shuffle_i64x2(0xFF, a, b, 0x88), w = _mm512_maskz_shuffle_i64x2(0xFF, a, b, 0xDD);
+    const __m512i v2 = _mm512_maskz_shuffle_i64x2(0xFF, c, d, 0x88), w2 = _mm512_maskz_shuffle_i64x2(0xFF, c, d, 0xDD);
+    out[0] = _mm512_maskz_shuffle_i64x2(0xFF, v, v2, 0x88);
+    out[1] = _mm512_maskz_shuffle_i64x2(0xFF, w, w2, 0x88);
+    out[2] = _mm512_maskz_shuffle_i64x2(0xFF, v, v2, 0xDD);
+    out[3] = _mm512_maskz_shuffle_i64x2(0xFF, w, w2, 0xDD);
+}
+
+// One B x B block (B = 64 / W) from the source rows sp, sp + sl, ... into
+// the B destination columns c[0..B-1], each one 64-byte line.
+template <int W>
+__attribute__((target("avx512f"))) inline void block_avx512(const char* sp, std::ptrdiff_t sl, __m512i* c) {
+    constexpr int B = 64 / W;
+    constexpr __mmask8 all8 = 0xFF;
+    constexpr __mmask16 all16 = 0xFFFF;
+    __m512i r[B], t[B];
+    for (int k = 0; k < B; ++k) r[k] = _mm512_loadu_si512(sp + k * sl);
+    if constexpr (W == 8) {
+        // t[2k + p], lane L: column 2L + p of rows 2k, 2k + 1.
+        for (int k = 0; k < B; k += 2) {
+            t[k] = _mm512_maskz_unpacklo_epi64(all8, r[k], r[k + 1]);
+            t[k + 1] = _mm512_maskz_unpackhi_epi64(all8, r[k], r[k + 1]);
+        }
+        for (int p = 0; p < 2; ++p) {
+            __m512i o[4];
+            lanes4(t[p], t[2 + p], t[4 + p], t[6 + p], o);
+            for (int L = 0; L < 4; ++L) c[2 * L + p] = o[L];
+        }
+    } else {
+        // t: pairs of rows interleaved; r reused for groups of four rows,
+        // r[k + m], lane L: column 4L + m of rows k .. k + 3.
+        for (int k = 0; k < B; k += 2) {
+            t[k] = _mm512_maskz_unpacklo_epi32(all16, r[k], r[k + 1]);
+            t[k + 1] = _mm512_maskz_unpackhi_epi32(all16, r[k], r[k + 1]);
+        }
+        for (int k = 0; k < B; k += 4) {
+            r[k] = _mm512_maskz_unpacklo_epi64(all8, t[k], t[k + 2]);
+            r[k + 1] = _mm512_maskz_unpackhi_epi64(all8, t[k], t[k + 2]);
+            r[k + 2] = _mm512_maskz_unpacklo_epi64(all8, t[k + 1], t[k + 3]);
+            r[k + 3] = _mm512_maskz_unpackhi_epi64(all8, t[k + 1], t[k + 3]);
+        }
+        for (int m = 0; m < 4; ++m) {
+            __m512i o[4];
+            lanes4(r[m], r[4 + m], r[8 + m], r[12 + m], o);
+            for (int L = 0; L < 4; ++L) c[4 * L + m] = o[L];
+        }
+    }
+}
+
+// A tile of whole B x B blocks; the edges fall back to single elements.
+// Stream: every destination block line is a 64-byte aligned line, written
+// whole with a streaming store (the caller fences).
+template <int W, bool Stream>
+__attribute__((target("avx512f"))) void tile_avx512(char* d, std::ptrdiff_t dl, const char* s, std::ptrdiff_t sl,
+                                                    int32_t rows, int32_t cols) {
+    constexpr int B = 64 / W;
+    const int32_t rb = rows - rows % B, cb = cols - cols % B;
+    for (int32_t j = 0; j < cb; j += B) {
+        for (int32_t i = 0; i < rb; i += B) {
+            __m512i c[B];
+            block_avx512<W>(s + i * sl + j * W, sl, c);
+            char* dp = d + j * dl + i * W;
+            for (int k = 0; k < B; ++k) {
+                if constexpr (Stream) _mm512_stream_si512(reinterpret_cast<__m512i*>(dp + k * dl), c[k]);
+                else _mm512_storeu_si512(dp + k * dl, c[k]);
+            }
+        }
+    }
+    tile(Fixed<W>{}, d + rb * W, dl, s + rb * sl, sl, rows - rb, cb);
+    tile(Fixed<W>{}, d + cb * dl, dl, s + cb * W, sl, rows, cols - cb);
+}
+
+__attribute__((target("sse2"))) void store_fence() { _mm_sfence(); }
+
+// The transposition d[i*sz + j*dl] = s[i*sl + j*sz], i < rows, j < cols, in
+// tiles of t x t elements, taken in blocks of (8t) x (8t) that keep the pages
+// of both operands in the TLB while their tiles are moved.
+template <class Tile>
+void for_tiles(char* d, std::ptrdiff_t dl, const char* s, std::ptrdiff_t sl, std::ptrdiff_t sz, int32_t rows,
+               int32_t cols, int32_t t, Tile&& tile_fn) {
+    const int32_t big = 8 * t;
+    for (int32_t jb = 0; jb < cols; jb += big) {
+        for (int32_t ib = 0; ib < rows; ib += big) {
+            const int32_t jend = std::min(cols, jb + big), iend = std::min(rows, ib + big);
+            for (int32_t j0 = jb; j0 < jend; j0 += t)
+                for (int32_t i0 = ib; i0 < iend; i0 += t)
+                    tile_fn(d + i0 * sz + j0 * dl, s + i0 * sl + j0 * sz, std::min(t, iend - i0), std::min(t, jend - j0));
+        }
+    }
+}
+
 template <class E>
 void tiled(E e, const Nest<2>& n) {
     const std::ptrdiff_t sz = e.bytes();
     // Tile edge: about 16 KB of source per tile.
     int32_t t = 16;
     while (t < 128 && static_cast<std::ptrdiff_t>(2 * t) * (2 * t) * sz <= 16384) t *= 2;
+    char* const d = n.base[0];
+    const char* const s = n.base[1];
     const std::ptrdiff_t dl = n.step[0][1], sl = n.step[1][0];
-    // Blocks of (8t) x (8t) elements keep the pages of both operands in the
-    // TLB while their tiles are moved.
-    const int32_t big = 8 * t;
-    for (int32_t jb = 0; jb < n.extent[1]; jb += big) {
-        for (int32_t ib = 0; ib < n.extent[0]; ib += big) {
-            const int32_t jend = std::min(n.extent[1], jb + big), iend = std::min(n.extent[0], ib + big);
-            for (int32_t j0 = jb; j0 < jend; j0 += t) {
-                const int32_t cols = std::min(t, jend - j0);
-                for (int32_t i0 = ib; i0 < iend; i0 += t) {
-                    const int32_t rows = std::min(t, iend - i0);
-                    char* d = n.base[0] + i0 * sz + j0 * dl;
-                    const char* s = n.base[1] + i0 * sl + j0 * sz;
-                    if constexpr (E::kSize == 4 || E::kSize == 8) {
-                        if (have_avx2()) {
-                            tile_avx2<E::kSize>(d, dl, s, sl, rows, cols);
-                            continue;
-                        }
-                    }
-                    tile(e, d, dl, s, sl, rows, cols);
-                }
+    const int32_t rows = n.extent[0], cols = n.extent[1];
+    if constexpr (E::kSize == 4 || E::kSize == 8) {
+        constexpr int W = E::kSize, B = 64 / W;
+        if (have_avx512()) {
+            const auto at = reinterpret_cast<std::uintptr_t>(d);
+            if (n.count() * sz < kStreamBytes || dl % 64 != 0 || at % W != 0) {
+                for_tiles(d, dl, s, sl, sz, rows, cols, t, [&](char* dp, const char* sp, int32_t r, int32_t c) {
+                    tile_avx512<W, false>(dp, dl, sp, sl, r, c);
+                });
+                return;
             }
+            // Large result whose columns all start at the same offset within
+            // a line: rows [h, h + mid) fill whole lines, written with
+            // streaming stores; the rows before and after with plain ones.
+            const int32_t h = std::min<int32_t>(rows, static_cast<int32_t>((64 - at % 64) % 64 / W));
+            const int32_t mid = (rows - h) / B * B;
+            tile(e, d, dl, s, sl, h, cols);
+            for (int32_t i0 = h; i0 < h + mid; i0 += B) tile_avx512<W, true>(d + i0 * sz, dl, s + i0 * sl, sl, B, cols);
+            tile(e, d + (h + mid) * sz, dl, s + (h + mid) * sl, sl, rows - h - mid, cols);
+            store_fence();
+            return;
+        }
+        if (have_avx2()) {
+            for_tiles(d, dl, s, sl, sz, rows, cols, t, [&](char* dp, const char* sp, int32_t r, int32_t c) {
+                tile_avx2<W>(dp, dl, sp, sl, r, c);
+            });
+            return;
         }
     }
-}
-
-bool have_avx512() {
-    static const bool yes = __builtin_cpu_supports("avx512f");
-    return yes;
+    for_tiles(d, dl, s, sl, sz, rows, cols, t,
+              [&](char* dp, const char* sp, int32_t r, int32_t c) { tile(e, dp, dl, sp, sl, r, c); });
 }
 
 // PACK of W-byte elements (W = 4 or 8), 16 at a time.

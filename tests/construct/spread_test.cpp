@@ -225,3 +225,85 @@ TEST(Spread, LargeResultsStreamed) {
 
 }  // namespace
 }  // namespace ctest
+
+namespace ctest {
+namespace {
+
+// Large transpositions (results of 8 MB and more): a result whose columns
+// share one offset within a 64-byte line takes whole lines with streaming
+// stores and the rows before and after with plain ones.  Supplied results are
+// sections starting off elements into a column whose byte step is a multiple
+// of 64 (each offset gives another head); the elements around the section
+// must keep their values.  Then a library-allocated result, whose column
+// step (an odd extent) rules the line path out, and a source walked
+// backwards.
+template <class T>
+void large_transpose(int m, int n, int lead) {
+    const int32_t w = sizeof(T);
+    Array a({{1, m}, {1, n}}, w);
+    for (int i = 0; i < m * n; ++i) a.at<T>(i) = static_cast<T>(i);
+    auto want = [&](int i, int j) { return static_cast<T>(j + i * m); };  // result(i, j) = a(j, i)
+    for (int off : {0, 1, 3, 6}) {
+        SCOPED_TRACE(off);
+        Array out({{1, lead}, {1, m}}, w);
+        for (int i = 0; i < lead * m; ++i) out.at<T>(i) = T(-1);
+        Section res(out, {tri(off + 1, off + n), tri(1, m)});
+        Args args;
+        args.addr(0, res.desc()).addr(1, a.desc()).presence(args.a.Presence | 1);
+        (w == 4 ? f90_transpose4 : f90_transpose8)(args.get());
+        for (int j = 0; j < m; ++j)
+            for (int i = 0; i < lead; ++i) {
+                const bool in = i >= off && i < off + n;
+                ASSERT_EQ(out.at<T>(i + j * lead), in ? want(i - off, j) : T(-1)) << i << "," << j;
+            }
+    }
+    {
+        Desc r;
+        Args args;
+        args.addr(0, r.get()).addr(1, a.desc());
+        (w == 4 ? f90_transpose4 : f90_transpose8)(args.get());
+        const T* p = reinterpret_cast<const T*>(r->BASE);
+        for (int j = 0; j < m; ++j)
+            for (int i = 0; i < n; ++i) ASSERT_EQ(p[i + j * n], want(i, j)) << i << "," << j;
+        f90_freespace(r->BASE);
+    }
+    {
+        Section back(a, {tri(1, m), tri(n, 1, -1)});
+        Array out({{1, lead}, {1, m}}, w);
+        Section res(out, {tri(2, n + 1), tri(1, m)});
+        Args args;
+        args.addr(0, res.desc()).addr(1, back.desc()).presence(args.a.Presence | 1);
+        (w == 4 ? f90_transpose4 : f90_transpose8)(args.get());
+        for (int j = 0; j < m; ++j)
+            for (int i = 0; i < n; ++i) ASSERT_EQ(out.at<T>(i + 1 + j * lead), want(n - 1 - i, j)) << i << "," << j;
+    }
+}
+
+TEST(Transpose, LargeResultsStreamed) {
+    large_transpose<int32_t>(1401, 1503, 1520);
+    large_transpose<int64_t>(1030, 1021, 1032);
+}
+
+// RESHAPE with ORDER=(2,1) into a large supplied result (columns of 1536
+// elements: whole lines) and into a library-allocated one.
+TEST(Reshape, LargeOrderedResult) {
+    const int rows = 1536, cols = 1400;
+    Array src({{1, rows * cols}}, 4);
+    for (int i = 0; i < rows * cols; ++i) src.at<int32_t>(i) = i;
+    Array shape = ivec({rows, cols}), order = ivec({2, 1});
+    for (bool supplied : {true, false}) {
+        Array out({{1, rows}, {1, cols}}, 4);
+        Desc r;
+        Args args;
+        args.addr(0, supplied ? out.desc() : r.get()).addr(1, src.desc()).addr(2, shape.desc()).addr(4, order.desc());
+        args.presence(args.a.Presence | (supplied ? 1 : 0));
+        f90_reshape4(args.get());
+        const int32_t* p = reinterpret_cast<const int32_t*>(supplied ? out.data() : r->BASE);
+        for (int j = 0; j < cols; ++j)
+            for (int i = 0; i < rows; ++i) ASSERT_EQ(p[i + j * rows], j + i * cols) << i << "," << j;
+        if (!supplied) f90_freespace(r->BASE);
+    }
+}
+
+}  // namespace
+}  // namespace ctest
