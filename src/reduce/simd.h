@@ -151,44 +151,63 @@ Extreme<T, Max> extreme(const char* p, int64_t n) {
     return run<ExtremeLanes<T, Max>::template At>(p, n);
 }
 
-// One wrapping integer fold over n contiguous elements of type T: the sum
-// of the values (Tally false) or the number of nonzero ones (Tally true: a
-// true lane compares as all ones, -1, and is subtracted).  Lanes keep T's
-// width, which a 32-bit element count cannot overflow when tallying; the
-// lanes are added into Acc at the end.
-template <class T, class Acc, bool Tally>
+// One wrapping integer fold over n contiguous elements of type T:
+//   Sum:      the sum of the values;
+//   Tally:    the number of nonzero ones (a true lane compares as all ones,
+//             -1, and is subtracted);
+//   Product:  the product of the values.
+// Lanes keep T's width, which a 32-bit element count cannot overflow when
+// tallying; the lanes are combined into Acc at the end.  Arithmetic modulo
+// 2^k is commutative and associative, so any grouping gives the same bits.
+enum class Op { Sum, Tally, Product };
+
+template <class T, class Acc, Op O>
 struct FoldLanes {
     static_assert(std::is_unsigned_v<T> && std::is_unsigned_v<Acc>);
     template <int Bytes>
     struct At {
         using elem = T;
         using vec = typename VecOf<T, Bytes>::type;
-        vec lane[kStreams] = {};
-        Acc r = 0;
+        static constexpr T unit = O == Op::Product ? 1 : 0;
+        vec lane[kStreams];
+        Acc r = unit;
 
+        [[gnu::always_inline]] At() {
+            for (auto& l : lane) l = vec{} + unit;
+        }
         [[gnu::always_inline]] void step(int s, const vec& x) {
-            if constexpr (Tally) lane[s] -= (vec)(x != 0);
+            if constexpr (O == Op::Tally) lane[s] -= (vec)(x != 0);
+            else if constexpr (O == Op::Product) lane[s] *= x;
             else lane[s] += x;
         }
-        [[gnu::always_inline]] void one(T x) { r += Tally ? (x != 0 ? 1 : 0) : static_cast<Acc>(x); }
+        [[gnu::always_inline]] void one(T x) { r = combine(r, O == Op::Tally ? (x != 0 ? 1 : 0) : static_cast<Acc>(x)); }
         [[gnu::always_inline]] Acc result() {
             vec t = lane[0];
-            for (int s = 1; s < kStreams; ++s) t += lane[s];
-            for (int k = 0; k < Bytes / static_cast<int>(sizeof(T)); ++k) r += static_cast<Acc>(t[k]);
+            for (int s = 1; s < kStreams; ++s) t = O == Op::Product ? t * lane[s] : t + lane[s];
+            for (int k = 0; k < Bytes / static_cast<int>(sizeof(T)); ++k) r = combine(r, static_cast<Acc>(t[k]));
             return r;
+        }
+        // In Acc's own width (no promotion of a narrow unsigned to int).
+        static Acc combine(Acc a, Acc b) {
+            using W = std::conditional_t<(sizeof(Acc) < sizeof(unsigned)), unsigned, Acc>;
+            return static_cast<Acc>(O == Op::Product ? static_cast<W>(a) * static_cast<W>(b) : static_cast<W>(a) + b);
         }
     };
 };
-template <class T, class Acc, bool Tally>
+template <class T, class Acc, Op O>
 Acc fold(const char* p, int64_t n) {
-    return run<FoldLanes<T, Acc, Tally>::template At>(p, n);
+    return run<FoldLanes<T, Acc, O>::template At>(p, n);
 }
 
-// The wrapping sum of n contiguous integers of the accumulator's width.
-template <class T, class Acc>
+// The wrapping sum or product of n contiguous integers of the accumulator's
+// width.
+template <class Acc>
 Acc sum(const char* p, int64_t n) {
-    static_assert(sizeof(T) == sizeof(Acc));
-    return fold<Acc, Acc, false>(p, n);
+    return fold<Acc, Acc, Op::Sum>(p, n);
+}
+template <class Acc>
+Acc product(const char* p, int64_t n) {
+    return fold<Acc, Acc, Op::Product>(p, n);
 }
 
 // How many of n contiguous 4- or 8-byte logicals (of unsigned type T) are
@@ -196,7 +215,7 @@ Acc sum(const char* p, int64_t n) {
 template <class T>
 uint32_t count(const char* p, int64_t n) {
     static_assert(sizeof(T) >= 4);
-    return fold<T, uint32_t, true>(p, n);
+    return fold<T, uint32_t, Op::Tally>(p, n);
 }
 
 }  // namespace intrins::reduce::simd

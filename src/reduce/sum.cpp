@@ -50,9 +50,9 @@ struct Fold {
     // can vectorize what the order allows (integers).
     static void run(acc& a, const char* p, std::ptrdiff_t s, int32_t n, int32_t) {
         acc r = a;
-        if constexpr (!Product && std::is_unsigned_v<acc> && sizeof(acc) == size) {
+        if constexpr (std::is_unsigned_v<acc> && sizeof(acc) == size) {
             if (s == static_cast<std::ptrdiff_t>(size)) {
-                a = a + simd::sum<E, acc>(p, n);
+                a = combine(a, Product ? simd::product<acc>(p, n) : simd::sum<acc>(p, n));
                 return;
             }
         }

@@ -134,3 +134,71 @@ TEST(Streams, ExtremesAndLocations) {
 
 }  // namespace
 }  // namespace rtest
+
+namespace rtest {
+namespace {
+
+// ALL and ANY of long LOGICAL(4) and LOGICAL(8) vectors, tallied a chunk at
+// a time: the one deciding element placed in the first, a middle and the
+// last chunk, at chunk edges, and nowhere.
+template <class L>
+void all_any(void (*all)(ArgList*), void (*any)(ArgList*)) {
+    for (int32_t n : {1, 4095, 4096, 4097, 8193, 3 * 4096 + 5}) {
+        Array a({{1, n}}, sizeof(L));
+        Scalar<L> r;
+        std::vector<int32_t> places = {-1, 0, 1, 4095, 4096, 4097, n / 2, n - 1};
+        for (int32_t k : places) {
+            if (k >= n) continue;
+            // ALL: true everywhere (some values with a single high bit) but at k.
+            for (int32_t i = 0; i < n; ++i) a.template at<L>(i) = static_cast<L>(i % 3 ? 1 : L{1} << (sizeof(L) * 8 - 1));
+            if (k >= 0) a.template at<L>(k) = 0;
+            r.a.template at<L>(0) = 7;
+            all(Red(a).into(r.a));
+            EXPECT_EQ(r.value(), k < 0 ? 1 : 0) << n << " @" << k;
+            // ANY: false everywhere but at k.
+            for (int32_t i = 0; i < n; ++i) a.template at<L>(i) = 0;
+            if (k >= 0) a.template at<L>(k) = static_cast<L>(L{1} << (k % (sizeof(L) * 8)));
+            r.a.template at<L>(0) = 7;
+            any(Red(a).into(r.a));
+            EXPECT_EQ(r.value(), k < 0 ? 0 : 1) << n << " @" << k;
+        }
+    }
+}
+TEST(Streams, AllAnyByChunks) {
+    all_any<int32_t>(f90_all4, f90_any4);
+    all_any<int64_t>(f90_all8, f90_any8);
+}
+
+// Integer PRODUCT of long vectors (odd factors keep it from reaching zero;
+// then one zero), wrapping like the scalar product.
+TEST(Streams, IntegerProducts) {
+    std::mt19937 rng(23);
+    for (int32_t n : {1, 31, 32, 33, 1000, 4099, (1 << 17) + 61, (1 << 18) + 127}) {
+        Array a({{1, n}}, 4), b({{1, n}}, 8);
+        uint32_t p4 = 1;
+        uint64_t p8 = 1;
+        for (int32_t i = 0; i < n; ++i) {
+            uint32_t x = rng() | 1;
+            uint64_t y = (uint64_t{rng()} << 32 | rng()) | 1;
+            a.at<uint32_t>(i) = x;
+            b.at<uint64_t>(i) = y;
+            p4 *= x;
+            p8 *= y;
+        }
+        Scalar<uint32_t> r4;
+        Scalar<uint64_t> r8;
+        f90_prodi4(Red(a).into(r4.a));
+        EXPECT_EQ(r4.value(), p4) << n;
+        f90_prodi8(Red(b).into(r8.a));
+        EXPECT_EQ(r8.value(), p8) << n;
+        a.at<uint32_t>(n / 2) = 0;
+        b.at<uint64_t>(n - 1) = 0;
+        f90_prodi4(Red(a).into(r4.a));
+        EXPECT_EQ(r4.value(), 0u) << n;
+        f90_prodi8(Red(b).into(r8.a));
+        EXPECT_EQ(r8.value(), 0u) << n;
+    }
+}
+
+}  // namespace
+}  // namespace rtest
