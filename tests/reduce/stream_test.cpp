@@ -202,3 +202,44 @@ TEST(Streams, IntegerProducts) {
 
 }  // namespace
 }  // namespace rtest
+
+namespace rtest {
+namespace {
+
+// Strictly ordered REAL sums and dot products of every length around the
+// eight-element step: values whose sum depends on the order (large terms
+// that cancel, small ones absorbed or not), bit for bit against the
+// left-to-right definition.
+TEST(Ordered, RealSumsAndDotProductsKeepTheOrder) {
+    std::mt19937 rng(24);
+    for (int32_t n = 0; n <= 41; n += n < 20 ? 1 : 7) {
+        Array a({{1, n}}, 8), b({{1, n}}, 8), f({{1, n}}, 4);
+        double sum = 0, dot = 0, sum4 = 0;
+        for (int32_t i = 0; i < n; ++i) {
+            double x = (i % 4 == 1 ? 1e16 : 1.0) * ((rng() % 2001) / 1000.0 - 1);
+            double y = i % 3 == 0 ? 3.0 : 1.0 / (1 + i % 5);
+            float z = static_cast<float>(i % 5 == 2 ? 1e8 : 0.1) * (rng() % 2 ? 1 : -1);
+            a.at<double>(i) = x;
+            b.at<double>(i) = y;
+            f.at<float>(i) = z;
+            sum += x;
+            dot += x * y;
+            sum4 += z;
+        }
+        Scalar<double> r8;
+        Scalar<float> r4;
+        f90_sumr8(Red(a).into(r8.a));
+        EXPECT_EQ(bits_of(r8.value()), bits_of(sum)) << n;
+        f90_sumr4(Red(f).into(r4.a));
+        EXPECT_EQ(bits_of(r4.value()), bits_of(static_cast<float>(sum4))) << n;
+        Args d;
+        d.addr(1, a.desc()).addr(2, b.desc());
+        f90_dotprr8(d.get());
+        double got;
+        std::memcpy(&got, d.a.Result.bytes, 8);
+        EXPECT_EQ(bits_of(got), bits_of(dot)) << n;
+    }
+}
+
+}  // namespace
+}  // namespace rtest
