@@ -13,7 +13,6 @@
 #include "frame/call.h"
 #include "reduce/arith.h"
 #include "reduce/lists.h"
-#include "reduce/simd.h"
 
 namespace intrins::reduce {
 namespace {
@@ -40,7 +39,7 @@ struct Dot {
     static acc run(const char* pa, std::ptrdiff_t sa, const char* pb, std::ptrdiff_t sb, int32_t n) {
         acc r = zero<E>();
         if (sa == static_cast<std::ptrdiff_t>(size) && sb == static_cast<std::ptrdiff_t>(size)) {
-            simd::ordered(n, {pa, pb}, size, [&](int32_t i) { step(r, at(pa + i * size), at(pb + i * size)); });
+            for (int32_t i = 0; i < n; ++i) step(r, at(pa + i * size), at(pb + i * size));
         } else {
             for (int32_t i = 0; i < n; ++i) step(r, at(pa + i * sa), at(pb + i * sb));
         }

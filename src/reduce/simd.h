@@ -82,26 +82,6 @@ template <class K>
     return k.result();
 }
 
-// An ordered run over n elements: f(i) for i = 0, 1, ..., n - 1 in turn,
-// eight per step.  A strictly ordered fold is bound by its chain of
-// dependent operations, not by memory, but the first line of each 4 KiB
-// page is a miss that the hardware prefetcher does not cover; a hint kAhead
-// bytes in front of each of the N streams (`from`, `size` bytes per element)
-// keeps those misses from stalling the chain.
-inline constexpr std::uintptr_t kAhead = 1024;
-template <int N, class F>
-[[gnu::always_inline]] inline void ordered(int32_t n, const char* const (&from)[N], std::size_t size, F&& f) {
-    int32_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-        for (int k = 0; k < N; ++k)  // an address, not an access: it may lie past the end
-            __builtin_prefetch(reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(from[k]) +
-                                                             static_cast<std::uintptr_t>(i) * size + kAhead));
-#pragma GCC unroll 8
-        for (int j = 0; j < 8; ++j) f(i + j);
-    }
-    for (; i < n; ++i) f(i);
-}
-
 // Lane policy K<Bytes> run with the widest vectors the processor has.
 template <template <int> class K>
 [[gnu::target("avx2")]] auto sweep_avx2(const char* p, int64_t n) {

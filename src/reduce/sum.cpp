@@ -46,8 +46,8 @@ struct Fold {
     static void seed(acc& a, const char* e) { add(a, e, 0); }
     static void put(char* dst, const acc& a) { Kind<E>::store(dst, A::narrow(a)); }
 
-    // Integer runs of adjacent elements go to the vector fold; others run in
-    // order, adjacent ones with the element size as a constant step.
+    // Integer runs of adjacent elements go to the vector fold; the others
+    // run in order, adjacent ones with the element size as a constant step.
     static void run(acc& a, const char* p, std::ptrdiff_t s, int32_t n, int32_t) {
         acc r = a;
         if constexpr (std::is_unsigned_v<acc> && sizeof(acc) == size) {
@@ -57,7 +57,7 @@ struct Fold {
             }
         }
         if (s == static_cast<std::ptrdiff_t>(size)) {
-            simd::ordered(n, {p}, size, [&](int32_t i) { r = combine(r, at(p + i * size)); });
+            for (int32_t i = 0; i < n; ++i) r = combine(r, at(p + i * size));
         } else {
             for (int32_t i = 0; i < n; ++i) r = combine(r, at(p + i * s));
         }

@@ -206,8 +206,8 @@ TEST(Streams, IntegerProducts) {
 namespace rtest {
 namespace {
 
-// Strictly ordered REAL sums and dot products of every length around the
-// eight-element step: values whose sum depends on the order (large terms
+// Strictly ordered REAL sums and dot products of short lengths (every
+// tail of an unrolled loop) and a few longer ones: values whose sum depends on the order (large terms
 // that cancel, small ones absorbed or not), bit for bit against the
 // left-to-right definition.
 TEST(Ordered, RealSumsAndDotProductsKeepTheOrder) {
