@@ -61,7 +61,7 @@ template <class K>
     V v;
     const std::uintptr_t at = reinterpret_cast<std::uintptr_t>(p);
     int64_t head = at % z == 0 ? static_cast<int64_t>((0 - at) % kLine / z) : 0;
-    if (head > n) head = n;
+    if (head > n) head = n > 0 ? n : 0;
     for (int64_t i = 0; i < head; ++i) k.one(load(e, p + i * z));
     p += head * z;
     n -= head;
