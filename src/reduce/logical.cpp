@@ -39,6 +39,22 @@ struct AllAny : Truth<L> {
         if (Truth<L>::at(e) != All) a = !All;
     }
     static bool stop(const acc& a) { return a != All; }
+    // A run of adjacent 4- or 8-byte logicals is tallied in chunks, which
+    // stop at the first chunk holding a deciding element.
+    static void run(acc& a, const char* p, std::ptrdiff_t s, int32_t n, int32_t) {
+        if constexpr (sizeof(L) >= 4) {
+            if (s == static_cast<std::ptrdiff_t>(sizeof(L))) {
+                constexpr int32_t kChunk = 4096;
+                for (int32_t i = 0; i < n && !stop(a); i += kChunk) {
+                    const int32_t len = n - i < kChunk ? n - i : kChunk;
+                    const uint32_t t = simd::count<std::make_unsigned_t<L>>(p + std::ptrdiff_t{i} * s, len);
+                    if (All ? t != static_cast<uint32_t>(len) : t != 0) a = !All;
+                }
+                return;
+            }
+        }
+        for (int32_t i = 0; i < n && !stop(a); ++i) add(a, p + i * s, 0);
+    }
     static void put(char* dst, const acc& a) { Kind<L>::store(dst, static_cast<L>(a ? 1 : 0)); }
     static void seed(acc& a, const char* e) { add(a, e, 0); }
 };

@@ -2,11 +2,19 @@
 // cannot change the result, and for the floating ones where the caller can
 // prove that it does not (see extrema.cpp and maxloc.cpp).
 //
-// Each kernel is written once over GCC vector types of a given byte width
-// and compiled twice: for the SSE2 baseline (16 bytes) and, in a function
-// marked target("avx2"), for 32 bytes.  The choice is made once per process
-// from __builtin_cpu_supports and cached.  Memory is read through memcpy, so
-// callers' data needs no particular alignment.
+// Every kernel is one lane policy run by one sweep over the memory:
+//   head:    single elements up to the first 64-byte boundary (when the data
+//            is aligned to its element size), so that no vector load splits
+//            a cache line;
+//   middle:  kStreams equal stretches far apart, one vector of each per step,
+//            each into its own lane accumulator: the hardware prefetcher
+//            follows several streams at once and more cache misses are in
+//            flight than along one stream;
+//   rest:    whole vectors into lane 0, then single elements.
+// The kernels are compiled for the SSE2 baseline (16-byte vectors) and, in
+// functions marked target("avx2"), for 32 bytes; the choice is made once
+// per process from __builtin_cpu_supports and cached.  Memory is read
+// through memcpy, so callers' data needs no particular alignment.
 #pragma once
 
 #include <cstdint>
@@ -26,6 +34,68 @@ struct VecOf {
     typedef T type __attribute__((vector_size(Bytes)));
 };
 
+inline constexpr int kStreams = 4;
+inline constexpr std::uintptr_t kLine = 64;
+inline constexpr int64_t kStreamed = int64_t{1} << 20;  // bytes
+
+// Reads one element or vector (by reference: a 32-byte vector returned by
+// value from a baseline function would change the calling convention).
+template <class X>
+[[gnu::always_inline]] inline const X& load(X& x, const char* p) {
+    std::memcpy(&x, p, sizeof x);
+    return x;
+}
+
+// Runs the lane policy K over n contiguous elements at p and returns its
+// result.  K provides: using elem (the element type) and vec (a vector of
+// them); step(int lane, vec) for a vector; one(elem) for a single element;
+// result().
+template <class K>
+[[gnu::always_inline]] inline auto sweep(const char* p, int64_t n) {
+    using T = typename K::elem;
+    using V = typename K::vec;
+    constexpr int64_t W = sizeof(V) / sizeof(T);
+    constexpr int64_t z = sizeof(T);
+    K k;
+    T e;
+    V v;
+    const std::uintptr_t at = reinterpret_cast<std::uintptr_t>(p);
+    int64_t head = at % z == 0 ? static_cast<int64_t>((0 - at) % kLine / z) : 0;
+    if (head > n) head = n > 0 ? n : 0;
+    for (int64_t i = 0; i < head; ++i) k.one(load(e, p + i * z));
+    p += head * z;
+    n -= head;
+    // Elements per stream; none for a run too short to gain from streams
+    // (a stretch restarts the prefetcher's ramp-up, so short ones cost).
+    const int64_t per = n * z >= kStreamed ? n / (kStreams * W) * W : 0;
+    for (int64_t i = 0; i < per; i += W) {
+#pragma GCC unroll 4
+        for (int s = 0; s < kStreams; ++s) k.step(s, load(v, p + (s * per + i) * z));
+    }
+    int64_t i = kStreams * per;
+    for (; i + kStreams * W <= n; i += kStreams * W) {
+#pragma GCC unroll 4
+        for (int s = 0; s < kStreams; ++s) k.step(s, load(v, p + (i + s * W) * z));
+    }
+    for (; i + W <= n; i += W) k.step(0, load(v, p + i * z));
+    for (; i < n; ++i) k.one(load(e, p + i * z));
+    return k.result();
+}
+
+// Lane policy K<Bytes> run with the widest vectors the processor has.
+template <template <int> class K>
+[[gnu::target("avx2")]] auto sweep_avx2(const char* p, int64_t n) {
+    return sweep<K<32>>(p, n);
+}
+template <template <int> class K>
+auto sweep_sse2(const char* p, int64_t n) {
+    return sweep<K<16>>(p, n);
+}
+template <template <int> class K>
+auto run(const char* p, int64_t n) {
+    return has_avx2() ? sweep_avx2<K>(p, n) : sweep_sse2<K>(p, n);
+}
+
 // The extreme of n contiguous T by value: the largest (Max) or smallest,
 // NaNs ignored; `nan` tells whether a NaN was seen.  Empty: the identity of
 // the comparison (lowest or highest value, infinities for floats).
@@ -42,115 +112,102 @@ constexpr T far_end() {
         return Max ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
 }
 
-template <class T, bool Max, int Bytes>
-[[gnu::always_inline]] inline Extreme<T, Max> extreme_body(const char* p, int64_t n) {
-    using V = typename VecOf<T, Bytes>::type;
-    constexpr int W = Bytes / sizeof(T);
-    const T init = far_end<T, Max>();
-    V m0, m1;
-    for (int i = 0; i < W; ++i) m0[i] = m1[i] = init;
-    using M = decltype(m0 != m0);
-    M bad = M{} != M{};
-    int64_t i = 0;
-    for (; i + 2 * W <= n; i += 2 * W) {
-        V x0, x1;
-        std::memcpy(&x0, p + i * sizeof(T), sizeof x0);
-        std::memcpy(&x1, p + (i + W) * sizeof(T), sizeof x1);
-        if constexpr (Max) {
-            m0 = x0 > m0 ? x0 : m0;
-            m1 = x1 > m1 ? x1 : m1;
-        } else {
-            m0 = x0 < m0 ? x0 : m0;
-            m1 = x1 < m1 ? x1 : m1;
-        }
-        if constexpr (std::is_floating_point_v<T>) bad |= (x0 != x0) | (x1 != x1);
-    }
-    Extreme<T, Max> r{init, false};
-    for (int k = 0; k < W; ++k) {
-        T a = m0[k], b = m1[k];
-        if (Max ? a > r.value : a < r.value) r.value = a;
-        if (Max ? b > r.value : b < r.value) r.value = b;
-        if constexpr (std::is_floating_point_v<T>) r.nan |= bad[k] != 0;
-    }
-    for (; i < n; ++i) {
-        T x;
-        std::memcpy(&x, p + i * sizeof(T), sizeof x);
-        if (Max ? x > r.value : x < r.value) r.value = x;
-        if (x != x) r.nan = true;
-    }
-    return r;
-}
+template <class T, bool Max>
+struct ExtremeLanes {
+    template <int Bytes>
+    struct At {
+        using elem = T;
+        using vec = typename VecOf<T, Bytes>::type;
+        using mask = decltype(vec{} != vec{});
+        static constexpr bool floating = std::is_floating_point_v<T>;
+        vec lane[kStreams];
+        mask bad = {};  // lanes that saw a NaN
+        Extreme<T, Max> r{far_end<T, Max>(), false};
 
-template <class T, bool Max>
-[[gnu::target("avx2")]] Extreme<T, Max> extreme_avx2(const char* p, int64_t n) {
-    return extreme_body<T, Max, 32>(p, n);
-}
-template <class T, bool Max>
-Extreme<T, Max> extreme_sse2(const char* p, int64_t n) {
-    return extreme_body<T, Max, 16>(p, n);
-}
+        [[gnu::always_inline]] At() {
+            for (auto& l : lane) l = vec{} + far_end<T, Max>();
+        }
+        [[gnu::always_inline]] void step(int s, const vec& x) {
+            if constexpr (Max) lane[s] = x > lane[s] ? x : lane[s];
+            else lane[s] = x < lane[s] ? x : lane[s];
+            if constexpr (floating) bad |= x != x;
+        }
+        [[gnu::always_inline]] void one(T x) {
+            if (Max ? x > r.value : x < r.value) r.value = x;
+            if (x != x) r.nan = true;
+        }
+        [[gnu::always_inline]] Extreme<T, Max> result() {
+            for (auto& l : lane)
+                for (int k = 0; k < Bytes / static_cast<int>(sizeof(T)); ++k)
+                    if (Max ? l[k] > r.value : l[k] < r.value) r.value = l[k];
+            if constexpr (floating)
+                for (int k = 0; k < Bytes / static_cast<int>(sizeof(T)); ++k) r.nan |= bad[k] != 0;
+            return r;
+        }
+    };
+};
 template <class T, bool Max>
 Extreme<T, Max> extreme(const char* p, int64_t n) {
-    return has_avx2() ? extreme_avx2<T, Max>(p, n) : extreme_sse2<T, Max>(p, n);
+    return run<ExtremeLanes<T, Max>::template At>(p, n);
 }
 
-// One wrapping integer fold over n contiguous elements of type T, four
-// vectors per step: the sum of the values (Tally false) or the number of
-// nonzero ones (Tally true: a true lane compares as all ones, -1, and is
-// subtracted).  Lanes keep T's width, which a 32-bit element count cannot
-// overflow when tallying; the lanes are added into Acc at the end.
-template <class T, class Acc, bool Tally, int Bytes>
-[[gnu::always_inline]] inline Acc fold_body(const char* p, int64_t n) {
+// One wrapping integer fold over n contiguous elements of type T:
+//   Sum:      the sum of the values;
+//   Tally:    the number of nonzero ones (a true lane compares as all ones,
+//             -1, and is subtracted);
+//   Product:  the product of the values.
+// Lanes keep T's width, which a 32-bit element count cannot overflow when
+// tallying; the lanes are combined into Acc at the end.  Arithmetic modulo
+// 2^k is commutative and associative, so any grouping gives the same bits.
+enum class Op { Sum, Tally, Product };
+
+template <class T, class Acc, Op O>
+struct FoldLanes {
     static_assert(std::is_unsigned_v<T> && std::is_unsigned_v<Acc>);
-    using V = typename VecOf<T, Bytes>::type;
-    constexpr int W = Bytes / sizeof(T);
-    auto step = [](V& acc, const V& x) {
-        if constexpr (Tally)
-            acc -= (V)(x != 0);
-        else
-            acc += x;
+    template <int Bytes>
+    struct At {
+        using elem = T;
+        using vec = typename VecOf<T, Bytes>::type;
+        static constexpr T unit = O == Op::Product ? 1 : 0;
+        vec lane[kStreams];
+        Acc r = unit;
+
+        [[gnu::always_inline]] At() {
+            for (auto& l : lane) l = vec{} + unit;
+        }
+        [[gnu::always_inline]] void step(int s, const vec& x) {
+            if constexpr (O == Op::Tally) lane[s] -= (vec)(x != 0);
+            else if constexpr (O == Op::Product) lane[s] *= x;
+            else lane[s] += x;
+        }
+        [[gnu::always_inline]] void one(T x) { r = combine(r, O == Op::Tally ? (x != 0 ? 1 : 0) : static_cast<Acc>(x)); }
+        [[gnu::always_inline]] Acc result() {
+            vec t = lane[0];
+            for (int s = 1; s < kStreams; ++s) t = O == Op::Product ? t * lane[s] : t + lane[s];
+            for (int k = 0; k < Bytes / static_cast<int>(sizeof(T)); ++k) r = combine(r, static_cast<Acc>(t[k]));
+            return r;
+        }
+        // In Acc's own width (no promotion of a narrow unsigned to int).
+        static Acc combine(Acc a, Acc b) {
+            using W = std::conditional_t<(sizeof(Acc) < sizeof(unsigned)), unsigned, Acc>;
+            return static_cast<Acc>(O == Op::Product ? static_cast<W>(a) * static_cast<W>(b) : static_cast<W>(a) + b);
+        }
     };
-    V s0 = {}, s1 = {}, s2 = {}, s3 = {};
-    int64_t i = 0;
-    for (; i + 4 * W <= n; i += 4 * W) {
-        V x0, x1, x2, x3;
-        std::memcpy(&x0, p + i * sizeof(T), sizeof x0);
-        std::memcpy(&x1, p + (i + W) * sizeof(T), sizeof x1);
-        std::memcpy(&x2, p + (i + 2 * W) * sizeof(T), sizeof x2);
-        std::memcpy(&x3, p + (i + 3 * W) * sizeof(T), sizeof x3);
-        step(s0, x0);
-        step(s1, x1);
-        step(s2, x2);
-        step(s3, x3);
-    }
-    s0 += s1 + s2 + s3;
-    Acc r = 0;
-    for (int k = 0; k < W; ++k) r += static_cast<Acc>(s0[k]);
-    for (; i < n; ++i) {
-        T x;
-        std::memcpy(&x, p + i * sizeof(T), sizeof x);
-        r += Tally ? (x != 0 ? 1 : 0) : static_cast<Acc>(x);
-    }
-    return r;
-}
-template <class T, class Acc, bool Tally>
-[[gnu::target("avx2")]] Acc fold_avx2(const char* p, int64_t n) {
-    return fold_body<T, Acc, Tally, 32>(p, n);
-}
-template <class T, class Acc, bool Tally>
-Acc fold_sse2(const char* p, int64_t n) {
-    return fold_body<T, Acc, Tally, 16>(p, n);
-}
-template <class T, class Acc, bool Tally>
+};
+template <class T, class Acc, Op O>
 Acc fold(const char* p, int64_t n) {
-    return has_avx2() ? fold_avx2<T, Acc, Tally>(p, n) : fold_sse2<T, Acc, Tally>(p, n);
+    return run<FoldLanes<T, Acc, O>::template At>(p, n);
 }
 
-// The wrapping sum of n contiguous integers of the accumulator's width.
-template <class T, class Acc>
+// The wrapping sum or product of n contiguous integers of the accumulator's
+// width.
+template <class Acc>
 Acc sum(const char* p, int64_t n) {
-    static_assert(sizeof(T) == sizeof(Acc));
-    return fold<Acc, Acc, false>(p, n);
+    return fold<Acc, Acc, Op::Sum>(p, n);
+}
+template <class Acc>
+Acc product(const char* p, int64_t n) {
+    return fold<Acc, Acc, Op::Product>(p, n);
 }
 
 // How many of n contiguous 4- or 8-byte logicals (of unsigned type T) are
@@ -158,7 +215,7 @@ Acc sum(const char* p, int64_t n) {
 template <class T>
 uint32_t count(const char* p, int64_t n) {
     static_assert(sizeof(T) >= 4);
-    return fold<T, uint32_t, true>(p, n);
+    return fold<T, uint32_t, Op::Tally>(p, n);
 }
 
 }  // namespace intrins::reduce::simd

@@ -46,13 +46,13 @@ struct Fold {
     static void seed(acc& a, const char* e) { add(a, e, 0); }
     static void put(char* dst, const acc& a) { Kind<E>::store(dst, A::narrow(a)); }
 
-    // Runs with the element size as a constant step, so that the compiler
-    // can vectorize what the order allows (integers).
+    // Integer runs of adjacent elements go to the vector fold; the others
+    // run in order, adjacent ones with the element size as a constant step.
     static void run(acc& a, const char* p, std::ptrdiff_t s, int32_t n, int32_t) {
         acc r = a;
-        if constexpr (!Product && std::is_unsigned_v<acc> && sizeof(acc) == size) {
+        if constexpr (std::is_unsigned_v<acc> && sizeof(acc) == size) {
             if (s == static_cast<std::ptrdiff_t>(size)) {
-                a = a + simd::sum<E, acc>(p, n);
+                a = combine(a, Product ? simd::product<acc>(p, n) : simd::sum<acc>(p, n));
                 return;
             }
         }
