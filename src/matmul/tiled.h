@@ -24,6 +24,7 @@
 // which equals (ar br - ai bi, ar bi + ai br) bit for bit for every value
 // that is not a NaN (x - y is x + (-y); sums commute).
 #include <cstddef>
+#include <utility>
 
 #include "engines.h"
 
@@ -222,9 +223,64 @@ struct Tiled {
         }
     }
 
+    // One stage of an L x L transpose: rows i and i + h exchange their
+    // h-lane blocks (lo keeps row i's even blocks, hi its odd ones).
+    template <int h, std::size_t... I>
+    [[gnu::always_inline]] MM_TARGET static void swap_blocks(V& a, V& b, std::index_sequence<I...>) {
+        const V lo = __builtin_shufflevector(a, b, ((I & h) ? L + I - h : I)...);
+        const V hi = __builtin_shufflevector(a, b, ((I & h) ? L + I : I + h)...);
+        a = lo, b = hi;
+    }
+    template <int h = 1>
+    [[gnu::always_inline]] MM_TARGET static void transpose(V* r) {
+        if constexpr (h < L) {
+#pragma GCC unroll 16
+            for (int i = 0; i < L; ++i)
+                if (!(i & h)) swap_blocks<h>(r[i], r[i + h], std::make_index_sequence<L>{});
+            transpose<2 * h>(r);
+        }
+    }
+    // NC columns (c0 ..) x L values of k (k0 ..) of unit-stride columns into
+    // a packed sliver: lanes of a column become the column's slot of L rows.
+    template <int NCOL>
+    [[gnu::always_inline]] MM_TARGET static void pack_b_square(W* dst, const char* src, std::ptrdiff_t b2) {
+        V r[L];
+#pragma GCC unroll 16
+        for (int c = 0; c < L; ++c) {
+            if (c < NCOL) {
+                EV e;
+                std::memcpy(&e, src + c * b2 * S, sizeof e);
+                r[c] = __builtin_convertvector(e, V);
+            } else {
+                r[c] = V{};
+            }
+        }
+        transpose(r);
+#pragma GCC unroll 16
+        for (int k = 0; k < L; ++k) std::memcpy(dst + k * BK, &r[k], NCOL * sizeof(W));
+    }
+
     MM_TARGET static void pack_b(W* dst, const char* B, int kl, int cols, std::ptrdiff_t b1, std::ptrdiff_t b2) {
         for (int c0 = 0; c0 < cols; c0 += NR, dst += std::ptrdiff_t(kl) * BK) {
             const int w = cols - c0 < NR ? cols - c0 : NR;
+            // Unit-stride columns of a real type: L x L blocks moved through
+            // in-register transposes, the last kl % L values one by one.
+            if constexpr (!cx && std::is_floating_point_v<W>) {
+                if (b1 == 1 && w == NR) {
+                    const char* col = B + c0 * b2 * S;
+                    std::ptrdiff_t k = 0;
+                    for (; k + L <= kl; k += L) {
+                        for (int g = 0; g + L <= NR; g += L)
+                            pack_b_square<L>(dst + k * BK + g, col + (g * b2 + k) * S, b2);
+                        if constexpr (NR % L != 0)
+                            pack_b_square<NR % L>(dst + k * BK + NR / L * L, col + (NR / L * L * b2 + k) * S, b2);
+                    }
+                    W* d = dst + k * BK;
+                    for (const char* ck = col + k * S; k < kl; ++k, d += BK, ck += S)
+                        for (int c = 0; c < NR; ++c) d[c] = part(ck + c * b2 * S, 0);
+                    continue;
+                }
+            }
             for (int c = 0; c < NR; ++c) {
                 const char* src = B + (c0 + c) * b2 * S;
                 for (int k = 0; k < kl; ++k)
