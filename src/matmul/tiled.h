@@ -374,6 +374,37 @@ struct Tiled {
             for_each_piece(K, bk.chunk, 2, [&](int32_t k0, int32_t kl, bool acc) MM_TARGET {
                 for (int i = 0; i < h; ++i) s[i] = Ar::zero();
                 int k = k0;
+                // Real types over unit-stride columns: eight columns per sweep
+                // over the partial sums, L rows per vector (more streams in
+                // flight, one load and store of the sums per eight columns).
+                if constexpr (!cx && std::is_floating_point_v<W>) {
+                    constexpr int CPS = 8;
+                    for (; a1 == 1 && k + CPS <= k0 + kl; k += CPS) {
+                        const char* col[CPS];
+                        W x[CPS];
+                        for (int q = 0; q < CPS; ++q) {
+                            col[q] = a0 + std::ptrdiff_t(k + q) * a2 * S;
+                            x[q] = Ar::load(at<T>(B, k + q, bs));
+                        }
+                        int i = 0;
+                        for (; i + L <= h; i += L) {
+                            V t;
+                            std::memcpy(&t, &s[i], sizeof t);
+#pragma GCC unroll 8
+                            for (int q = 0; q < CPS; ++q) {
+                                EV e;
+                                std::memcpy(&e, col[q] + i * S, sizeof e);
+                                t = t + __builtin_convertvector(e, V) * x[q];
+                            }
+                            std::memcpy(&s[i], &t, sizeof t);
+                        }
+                        for (; i < h; ++i) {
+                            Acc t = s[i];
+                            for (int q = 0; q < CPS; ++q) t = Ar::fma(t, Ar::load(col[q] + i * S), x[q]);
+                            s[i] = t;
+                        }
+                    }
+                }
                 // Four columns per sweep over the partial sums, still in increasing k per row.
                 for (; a1 == 1 && k + 4 <= k0 + kl; k += 4) {
                     const Acc x0 = Ar::load(at<T>(B, k, bs)), x1 = Ar::load(at<T>(B, k + 1, bs)),
@@ -402,10 +433,29 @@ struct Tiled {
     // Vector x matrix: blocks of CW columns outermost, so each column of B is
     // read as one sequential stream; within a block the K pieces in order,
     // one chain per column.
+    // CW unit-stride columns (byte step cstep) against av: one chain per
+    // column, all columns advancing together in k.  Values are passed, not
+    // captured, so that nothing is reloaded inside the loop.  Scalar on
+    // purpose: the vectorizer would multiply along k and then pull every
+    // product out of its lane for the ordered sums.
+    template <int CW>
+    MM_TARGET [[gnu::optimize("no-tree-vectorize")]] static void vm_columns(int kl, const Acc* av, const char* bj, std::ptrdiff_t cstep, Acc* out) {
+        Acc s[CW];
+        for (int c = 0; c < CW; ++c) s[c] = out[c];
+        for (int k = 0; k < kl; ++k, bj += S) {
+            const Acc x = av[k];
+#pragma GCC unroll 16
+            for (int c = 0; c < CW; ++c) s[c] = Ar::fma(s[c], x, Ar::load(bj + c * cstep));
+        }
+        for (int c = 0; c < CW; ++c) out[c] = s[c];
+    }
+
     MM_TARGET static void vm(int32_t N, int32_t K, const void* A, int32_t as, const void* B, int32_t b1, int32_t b2,
                              void* C, int32_t cs) {
         if (N < 1) return;
-        constexpr int CW = 8;
+        // Sixteen column streams at a time (eight for complex, whose sums
+        // take two registers each).
+        constexpr int CW = cx ? 8 : 16;
         Acc av[bk.chunk];
         for (int j = 0; j < N; j += CW) {
             const int cw = N - j < CW ? N - j : CW;
@@ -415,9 +465,7 @@ struct Tiled {
                 Acc s[CW];
                 for (int c = 0; c < CW; ++c) s[c] = Ar::zero();
                 if (cw == CW && b1 == 1) {
-                    for (int k = 0; k < kl; ++k)
-                        for (int c = 0; c < CW; ++c)
-                            s[c] = Ar::fma(s[c], av[k], Ar::load(bj + (k + std::ptrdiff_t(c) * b2) * S));
+                    vm_columns<CW>(kl, av, bj, std::ptrdiff_t(b2) * S, s);
                 } else {
                     for (int c = 0; c < cw; ++c)
                         for (int k = 0; k < kl; ++k)
