@@ -443,6 +443,10 @@ struct Tiled {
         Acc s[CW];
         for (int c = 0; c < CW; ++c) s[c] = out[c];
         for (int k = 0; k < kl; ++k, bj += S) {
+            // One line ahead per column and line's worth of k: the column
+            // streams are too many for the hardware to follow all of them.
+            if (k % (64 / S) == 0)
+                for (int c = 0; c < CW; ++c) __builtin_prefetch(bj + c * cstep + 512, 0, 0);
             const Acc x = av[k];
 #pragma GCC unroll 16
             for (int c = 0; c < CW; ++c) s[c] = Ar::fma(s[c], x, Ar::load(bj + c * cstep));
