@@ -24,6 +24,7 @@
 // which equals (ar br - ai bi, ar bi + ai br) bit for bit for every value
 // that is not a NaN (x - y is x + (-y); sums commute).
 #include <cstddef>
+#include <utility>
 
 #include "engines.h"
 
@@ -62,8 +63,11 @@ struct Tiled {
 
     // Register tile: MV vectors of rows by NR columns, from the registers there are.
     static constexpr int REGS = INTRINS_64BIT ? (MM_VBYTES == 64 ? 32 : 16) : 8;
-    static constexpr int MV = REGS == 8 ? 1 : (cx && REGS == 16 ? 1 : 2);
-    static constexpr int NR = cx ? (REGS == 32 ? 8 : REGS == 16 ? 4 : 2) : (REGS == 32 ? 12 : REGS == 16 ? 5 : 4);
+    // Real types with 32 registers: 3 vectors of rows by 8 columns (8
+    // broadcasts per 24 multiplies, where 2 by 12 needs 12).
+    static constexpr bool wide3 = !cx && std::is_floating_point_v<W> && REGS == 32;
+    static constexpr int MV = REGS == 8 ? 1 : (cx && REGS == 16 ? 1 : wide3 ? 3 : 2);
+    static constexpr int NR = cx ? (REGS == 32 ? 8 : REGS == 16 ? 4 : 2) : (wide3 ? 8 : REGS == 32 ? 12 : REGS == 16 ? 5 : 4);
     static constexpr int MR = MV * L;   // W-lanes of a tile
     static constexpr int MRr = MR / RL; // rows of a tile
     static constexpr int AK = MR * RL;  // W per k in a packed A tile
@@ -222,9 +226,64 @@ struct Tiled {
         }
     }
 
+    // One stage of an L x L transpose: rows i and i + h exchange their
+    // h-lane blocks (lo keeps row i's even blocks, hi its odd ones).
+    template <int h, std::size_t... I>
+    [[gnu::always_inline]] MM_TARGET static void swap_blocks(V& a, V& b, std::index_sequence<I...>) {
+        const V lo = __builtin_shufflevector(a, b, ((I & h) ? L + I - h : I)...);
+        const V hi = __builtin_shufflevector(a, b, ((I & h) ? L + I : I + h)...);
+        a = lo, b = hi;
+    }
+    template <int h = 1>
+    [[gnu::always_inline]] MM_TARGET static void transpose(V* r) {
+        if constexpr (h < L) {
+#pragma GCC unroll 16
+            for (int i = 0; i < L; ++i)
+                if (!(i & h)) swap_blocks<h>(r[i], r[i + h], std::make_index_sequence<L>{});
+            transpose<2 * h>(r);
+        }
+    }
+    // NC columns (c0 ..) x L values of k (k0 ..) of unit-stride columns into
+    // a packed sliver: lanes of a column become the column's slot of L rows.
+    template <int NCOL>
+    [[gnu::always_inline]] MM_TARGET static void pack_b_square(W* dst, const char* src, std::ptrdiff_t b2) {
+        V r[L];
+#pragma GCC unroll 16
+        for (int c = 0; c < L; ++c) {
+            if (c < NCOL) {
+                EV e;
+                std::memcpy(&e, src + c * b2 * S, sizeof e);
+                r[c] = __builtin_convertvector(e, V);
+            } else {
+                r[c] = V{};
+            }
+        }
+        transpose(r);
+#pragma GCC unroll 16
+        for (int k = 0; k < L; ++k) std::memcpy(dst + k * BK, &r[k], NCOL * sizeof(W));
+    }
+
     MM_TARGET static void pack_b(W* dst, const char* B, int kl, int cols, std::ptrdiff_t b1, std::ptrdiff_t b2) {
         for (int c0 = 0; c0 < cols; c0 += NR, dst += std::ptrdiff_t(kl) * BK) {
             const int w = cols - c0 < NR ? cols - c0 : NR;
+            // Unit-stride columns of a real type: L x L blocks moved through
+            // in-register transposes, the last kl % L values one by one.
+            if constexpr (!cx && std::is_floating_point_v<W>) {
+                if (b1 == 1 && w == NR) {
+                    const char* col = B + c0 * b2 * S;
+                    std::ptrdiff_t k = 0;
+                    for (; k + L <= kl; k += L) {
+                        for (int g = 0; g + L <= NR; g += L)
+                            pack_b_square<L>(dst + k * BK + g, col + (g * b2 + k) * S, b2);
+                        if constexpr (NR % L != 0)
+                            pack_b_square<NR % L>(dst + k * BK + NR / L * L, col + (NR / L * L * b2 + k) * S, b2);
+                    }
+                    W* d = dst + k * BK;
+                    for (const char* ck = col + k * S; k < kl; ++k, d += BK, ck += S)
+                        for (int c = 0; c < NR; ++c) d[c] = part(ck + c * b2 * S, 0);
+                    continue;
+                }
+            }
             for (int c = 0; c < NR; ++c) {
                 const char* src = B + (c0 + c) * b2 * S;
                 for (int k = 0; k < kl; ++k)
@@ -318,6 +377,37 @@ struct Tiled {
             for_each_piece(K, bk.chunk, 2, [&](int32_t k0, int32_t kl, bool acc) MM_TARGET {
                 for (int i = 0; i < h; ++i) s[i] = Ar::zero();
                 int k = k0;
+                // Real types over unit-stride columns: eight columns per sweep
+                // over the partial sums, L rows per vector (more streams in
+                // flight, one load and store of the sums per eight columns).
+                if constexpr (!cx && std::is_floating_point_v<W>) {
+                    constexpr int CPS = 8;
+                    for (; a1 == 1 && k + CPS <= k0 + kl; k += CPS) {
+                        const char* col[CPS];
+                        W x[CPS];
+                        for (int q = 0; q < CPS; ++q) {
+                            col[q] = a0 + std::ptrdiff_t(k + q) * a2 * S;
+                            x[q] = Ar::load(at<T>(B, k + q, bs));
+                        }
+                        int i = 0;
+                        for (; i + L <= h; i += L) {
+                            V t;
+                            std::memcpy(&t, &s[i], sizeof t);
+#pragma GCC unroll 8
+                            for (int q = 0; q < CPS; ++q) {
+                                EV e;
+                                std::memcpy(&e, col[q] + i * S, sizeof e);
+                                t = t + __builtin_convertvector(e, V) * x[q];
+                            }
+                            std::memcpy(&s[i], &t, sizeof t);
+                        }
+                        for (; i < h; ++i) {
+                            Acc t = s[i];
+                            for (int q = 0; q < CPS; ++q) t = Ar::fma(t, Ar::load(col[q] + i * S), x[q]);
+                            s[i] = t;
+                        }
+                    }
+                }
                 // Four columns per sweep over the partial sums, still in increasing k per row.
                 for (; a1 == 1 && k + 4 <= k0 + kl; k += 4) {
                     const Acc x0 = Ar::load(at<T>(B, k, bs)), x1 = Ar::load(at<T>(B, k + 1, bs)),
@@ -346,10 +436,33 @@ struct Tiled {
     // Vector x matrix: blocks of CW columns outermost, so each column of B is
     // read as one sequential stream; within a block the K pieces in order,
     // one chain per column.
+    // CW unit-stride columns (byte step cstep) against av: one chain per
+    // column, all columns advancing together in k.  Values are passed, not
+    // captured, so that nothing is reloaded inside the loop.  Scalar on
+    // purpose: the vectorizer would multiply along k and then pull every
+    // product out of its lane for the ordered sums.
+    template <int CW>
+    MM_TARGET [[gnu::optimize("no-tree-vectorize")]] static void vm_columns(int kl, const Acc* av, const char* bj, std::ptrdiff_t cstep, Acc* out) {
+        Acc s[CW];
+        for (int c = 0; c < CW; ++c) s[c] = out[c];
+        for (int k = 0; k < kl; ++k, bj += S) {
+            // One line ahead per column and line's worth of k: the column
+            // streams are too many for the hardware to follow all of them.
+            if (k % (64 / S) == 0)
+                for (int c = 0; c < CW; ++c) __builtin_prefetch(bj + c * cstep + 512, 0, 0);
+            const Acc x = av[k];
+#pragma GCC unroll 16
+            for (int c = 0; c < CW; ++c) s[c] = Ar::fma(s[c], x, Ar::load(bj + c * cstep));
+        }
+        for (int c = 0; c < CW; ++c) out[c] = s[c];
+    }
+
     MM_TARGET static void vm(int32_t N, int32_t K, const void* A, int32_t as, const void* B, int32_t b1, int32_t b2,
                              void* C, int32_t cs) {
         if (N < 1) return;
-        constexpr int CW = 8;
+        // Sixteen column streams at a time (eight for complex, whose sums
+        // take two registers each).
+        constexpr int CW = cx ? 8 : 16;
         Acc av[bk.chunk];
         for (int j = 0; j < N; j += CW) {
             const int cw = N - j < CW ? N - j : CW;
@@ -359,9 +472,7 @@ struct Tiled {
                 Acc s[CW];
                 for (int c = 0; c < CW; ++c) s[c] = Ar::zero();
                 if (cw == CW && b1 == 1) {
-                    for (int k = 0; k < kl; ++k)
-                        for (int c = 0; c < CW; ++c)
-                            s[c] = Ar::fma(s[c], av[k], Ar::load(bj + (k + std::ptrdiff_t(c) * b2) * S));
+                    vm_columns<CW>(kl, av, bj, std::ptrdiff_t(b2) * S, s);
                 } else {
                     for (int c = 0; c < cw; ++c)
                         for (int k = 0; k < kl; ++k)

@@ -59,7 +59,7 @@ TYPED_TEST(TiledTables, MatchBlockedEngines) {
     const std::tuple<int, int, int, int, int, int> shapes[] = {
         {1, 1, 1, 1, 1, 1},     {5, 3, 2, 1, 1, 1},   {17, 13, 31, 1, 1, 1}, {40, 29, 70, 1, 1, 1},
         {33, 14, 130, 2, 1, 1}, {100, 27, 97, 1, 2, 1}, {70, 101, 65, 1, 1, 2}, {129, 98, 200, 1, 1, 1},
-        {48, 48, 48, 1, 1, 1},  {9, 40, 0, 1, 1, 1}};
+        {48, 48, 48, 1, 1, 1},  {9, 40, 0, 1, 1, 1},   {70, 37, 77, 1, 1, 1},  {64, 26, 150, 1, 1, 2}};
     uint64_t seed = 11;
     for (const EngineTable* t : {&table_avx512, &table_avx2, &table_base}) {
         if (!cpu_has(t)) continue;
