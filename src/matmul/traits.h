@@ -20,6 +20,7 @@
 #include <type_traits>
 
 #include "frame/kinds.h"
+#include "split10.h"
 
 namespace intrins::mm {
 
@@ -89,11 +90,15 @@ struct Arith<T, false> {
         if constexpr (std::is_integral_v<V>) return static_cast<Acc>(static_cast<std::make_unsigned_t<V>>(v));
         else return static_cast<Acc>(v);
     }
+    // Split: the slot holds a packed (hi, lo) pair (split10.h).
+    template <bool Split = false>
     static Acc load(const void* p) {
         // A REAL(10) slot is 16 bytes: the whole register image is read in
         // one piece (the extended load takes its 10 bytes), which avoids
         // assembling the value from partial copies on every element.
-        if constexpr (std::is_same_v<E, R10>) {
+        if constexpr (Split) {
+            return join_r10(p);
+        } else if constexpr (std::is_same_v<E, R10>) {
             long double v;
             std::memcpy(&v, p, sizeof v);
             return v;
@@ -118,8 +123,11 @@ struct Arith<T, true> {
     using Acc = typename MmType<T>::Acc;
     using P = decltype(Acc{}.re);
     static Acc zero() { return Acc{P(0), P(0)}; }
+    template <bool Split = false>
     static P load_part(const char* p) {
-        if constexpr (std::is_same_v<P, long double>) {  // whole 16-byte slot, as for REAL(10)
+        if constexpr (Split) {
+            return join_r10(p);
+        } else if constexpr (std::is_same_v<P, long double>) {  // whole 16-byte slot, as for REAL(10)
             long double v;
             std::memcpy(&v, p, sizeof v);
             return v;
@@ -127,9 +135,10 @@ struct Arith<T, true> {
             return static_cast<P>(K::part::load(p));
         }
     }
+    template <bool Split = false>
     static Acc load(const void* p) {
         const char* b = static_cast<const char*>(p);
-        return Acc{load_part(b), load_part(b + K::part::size)};
+        return Acc{load_part<Split>(b), load_part<Split>(b + K::part::size)};
     }
     static Acc fma(Acc s, Acc a, Acc b) {
         P rr = a.re * b.re, ii = a.im * b.im, ri = a.re * b.im, ir = a.im * b.re;
