@@ -46,6 +46,9 @@ struct Kernels {
             const void* bj = at<T>(B, j, bcs);
             int32_t i = 0;
             // Four rows side by side: independent sums, each in increasing k.
+            // Binary128 sums live in integer registers, where four would not
+            // fit: one row at a time.
+            if constexpr (!kIntegerHeld<Acc>)
             for (; i + 4 <= rows; i += 4) {
                 Acc s[4] = {Ar::zero(), Ar::zero(), Ar::zero(), Ar::zero()};
                 for (int32_t k = 0; k < kcount; ++k) {
