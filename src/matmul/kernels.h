@@ -27,9 +27,11 @@ struct Kernels {
 
     static int32_t pos(int32_t n) { return n < 0 ? 0 : n; }
 
-    // One dot product: a and b advance by their own element strides.
+    // One dot product: a and b advance by their own element strides.  Kept
+    // out of line so that its loop has the registers to itself (binary128
+    // sums need most of the integer registers).
     template <bool Split = false>
-    static Acc dot(int32_t kcount, const void* a, std::intptr_t as, const void* b, std::intptr_t bs) {
+    [[gnu::noinline]] static Acc dot(int32_t kcount, const void* a, std::intptr_t as, const void* b, std::intptr_t bs) {
         Acc s = Ar::zero();
         for (int32_t k = 0; k < kcount; ++k)
             s = Ar::fma(s, Ar::template load<Split>(at<T>(a, k, as)), Ar::template load<Split>(at<T>(b, k, bs)));
