@@ -8,11 +8,13 @@
 // would not be a finite normal number go to the compiler's operators.  Where
 // a shortcut is taken for a zero operand, it is one whose result IEEE fixes
 // exactly: a normal x plus or minus zero is x, zero times a finite number is
-// a zero with the exclusive or of the signs.
+// a zero with the exclusive or of the signs.  The fast path raises no
+// floating-point exception flags.
 //
 // Without 128-bit integers (32-bit targets) the operators are used as they are.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -29,16 +31,8 @@ inline constexpr u128 kHidden = u128(1) << 112;
 inline constexpr u128 kFrac = kHidden - 1;
 inline constexpr unsigned kBias = 16383, kMaxExp = 0x7fff;
 
-inline u128 bits(Quad x) {
-    u128 v;
-    std::memcpy(&v, &x, sizeof v);
-    return v;
-}
-inline Quad quad(u128 v) {
-    Quad x;
-    std::memcpy(&x, &v, sizeof x);
-    return x;
-}
+inline u128 bits(Quad x) { return std::bit_cast<u128>(x); }
+inline Quad quad(u128 v) { return std::bit_cast<Quad>(v); }
 inline unsigned biased_exp(u128 v) { return unsigned(uint64_t(v >> 112)) & kMaxExp; }
 // True for a biased exponent of a normal number (1 .. 0x7ffe).
 inline bool normal_exp(unsigned e) { return e - 1 < kMaxExp - 1; }

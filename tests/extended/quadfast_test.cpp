@@ -91,23 +91,28 @@ struct Tally {
     }
 };
 
-TEST(QuadFast, RandomExponentsAndSignificands) {
-    Gen g(1);
+// count rounds of body(g, t) from a generator seeded with `seed`; no
+// result may differ.
+template <class Body>
+void sweep(uint64_t seed, int count, Body body) {
+    Gen g(seed);
     Tally t;
-    for (int n = 0; n < 250000 * kScale; ++n) {
+    for (int n = 0; n < count; ++n) body(g, t);
+    EXPECT_EQ(t.bad, 0) << "of " << t.cases;
+}
+
+TEST(QuadFast, RandomExponentsAndSignificands) {
+    sweep(1, 250000 * kScale, [](Gen& g, Tally& t) {
         const uint64_t ea = 1 + g.u() % 0x7ffe;
         // The second exponent: anywhere, or close to the first (where sums
         // round, carry and cancel).
         const uint64_t eb = g.u() % 2 ? 1 + g.u() % 0x7ffe : std::min<uint64_t>(0x7ffe, std::max<int64_t>(1, int64_t(ea) + int64_t(g.u() % 241) - 120));
         t.all(g.any(ea), g.any(eb));
-    }
-    EXPECT_EQ(t.bad, 0) << "of " << t.cases;
+    });
 }
 
 TEST(QuadFast, TiesCarriesAndCancellations) {
-    Gen g(2);
-    Tally t;
-    for (int n = 0; n < 100000 * kScale; ++n) {
+    sweep(2, 100000 * kScale, [](Gen& g, Tally& t) {
         const uint64_t e = 2 + g.u() % 0x7ff0;
         Quad x = g.any(e);
         Bits b = bits(x);
@@ -126,14 +131,11 @@ TEST(QuadFast, TiesCarriesAndCancellations) {
         t.all(-x, y);
         // Largest significand plus something small: the sum carries into the exponent.
         t.all(make(0, e, 0xffffffffffffull, ~0ull), make(0, e - 1 - g.u() % 120, 0, g.u()));
-    }
-    EXPECT_EQ(t.bad, 0) << "of " << t.cases;
+    });
 }
 
 TEST(QuadFast, ResultsAtTheOverflowAndUnderflowEdges) {
-    Gen g(3);
-    Tally t;
-    for (int n = 0; n < 100000 * kScale; ++n) {
+    sweep(3, 100000 * kScale, [](Gen& g, Tally& t) {
         // Products whose exponent lands just inside or outside the range.
         const uint64_t ea = 1 + g.u() % 0x7ffe;
         const int64_t target = g.u() % 2 ? int64_t(g.u() % 6) - 2 : 0x7ffe + int64_t(g.u() % 6) - 3;
@@ -142,22 +144,18 @@ TEST(QuadFast, ResultsAtTheOverflowAndUnderflowEdges) {
         // Sums near the largest finite value and differences near the smallest normal.
         t.all(g.any(0x7ffe), g.any(0x7ffe - g.u() % 4));
         t.all(g.any(1 + g.u() % 3), g.any(1 + g.u() % 3));
-    }
-    EXPECT_EQ(t.bad, 0) << "of " << t.cases;
+    });
 }
 
 TEST(QuadFast, SpecialOperands) {
-    Gen g(4);
-    Tally t;
-    for (int n = 0; n < 20000 * kScale; ++n) {
+    sweep(4, 20000 * kScale, [](Gen& g, Tally& t) {
         Quad s = g.special(), x = g.any(1 + g.u() % 0x7ffe);
         t.all(s, x);
         t.all(x, s);
         t.all(s, g.special());
         t.all(x, x);
         t.all(x, -x);
-    }
-    EXPECT_EQ(t.bad, 0) << "of " << t.cases;
+    });
 }
 
 }  // namespace
