@@ -159,9 +159,12 @@ struct Blocked {
             int32_t ld;
             bool split;
         };
+        constexpr bool splits = kSplitParts<typename MmType<T>::elem>;
+        bool may_split = false;
+        if constexpr (splits) may_split = x87_full_precision();
         auto bblock = [&](int32_t k0, int32_t j0, int32_t kc, int32_t w) -> BView {
-            if constexpr (kSplitParts<typename MmType<T>::elem>)
-                if (Kn::template copy_block<true>(bbuf, at2<T>(B, k0, b1, j0, b2), kc, w, b1, b2))
+            if constexpr (splits)
+                if (may_split && Kn::template copy_block<true>(bbuf, at2<T>(B, k0, b1, j0, b2), kc, w, b1, b2))
                     return {bbuf, kc, true};
             if (b1 == 1) return {at2<T>(B, k0, 1, j0, b2), b2, false};
             Kn::copy_block(bbuf, at2<T>(B, k0, b1, j0, b2), kc, w, b1, b2);

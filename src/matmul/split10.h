@@ -52,6 +52,15 @@ inline bool split_r10(void* d, const void* s) {
     return true;
 }
 
+// The pairs are rebuilt by an x87 addition, which is exact only when the
+// precision control is at its full 64 bits (the state every REAL(10)
+// program runs in); under a narrower setting the engines multiply as stored.
+inline bool x87_full_precision() {
+    uint16_t cw;
+    asm volatile("fnstcw %0" : "=m"(cw));
+    return (cw & 0x300u) == 0x300u;
+}
+
 // The value of a packed slot.
 inline long double join_r10(const void* p) {
     double part[2];

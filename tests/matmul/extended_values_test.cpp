@@ -36,6 +36,8 @@ std::vector<long double> edge_values(bool splittable_only) {
     for (int e : {-1000, -999, 999, 1000})
         for (uint64_t m : {top, odd, ~uint64_t(0)})
             for (uint16_t sign : {0, 0x8000}) v.push_back(bits80(uint16_t(sign | (16383 + e)), m));
+    std::mt19937_64 r(5);  // full 64-bit significands of moderate size
+    for (int n = 0; n < 24; ++n) v.push_back(bits80(uint16_t((r() & 0x8000) | (16382 + r() % 3)), r() | top));
     if (splittable_only) return v;
     for (int e : {-1001, 1001, -16382, 16383})
         for (uint64_t m : {top, odd, ~uint64_t(0)}) v.push_back(bits80(uint16_t(16383 + e), m));
@@ -99,6 +101,21 @@ void every_placement() {
     // every block packs, and products reach the far ends of the range.
     for (int n : {8, 33})
         check<T>(n, n, 40, seed++, true, [](std::mt19937_64& r, bool, int, int) { return r() % 3 == 0; });
+}
+
+// With the x87 precision control at 53 bits, every product and sum rounds
+// to 53 bits: the results must still be those of the operands as stored.
+TEST(MatmulExtendedValues, NarrowPrecisionControl) {
+    uint16_t saved;
+    asm volatile("fnstcw %0" : "=m"(saved));
+    const uint16_t narrow = uint16_t((saved & ~0x300u) | 0x200u);
+    asm volatile("fldcw %0" : : "m"(narrow));
+    // Operands with full 64-bit significands, built from their fields (the
+    // random fill would be computed at the narrow precision too).
+    auto all = [](std::mt19937_64&, bool, int, int) { return true; };
+    check<R10>(24, 20, 70, 31, true, all);
+    check<C20>(12, 9, 40, 32, true, all);
+    asm volatile("fldcw %0" : : "m"(saved));
 }
 
 TEST(MatmulExtendedValues, Real10EveryClassOfValue) { every_placement<R10>(); }
