@@ -173,7 +173,7 @@ struct Blocked {
         auto panels = [&](int32_t acc, int32_t i, int32_t rows, int32_t k0, int32_t kc, const BView& Bv, int32_t j0,
                           int32_t w) {
             void* Ct = at2<T>(C, i, c1, j0, c2);
-            if constexpr (kSplitParts<typename MmType<T>::elem>) {
+            if constexpr (splits) {
                 if (Bv.split) {
                     if (Kn::template convert_block<true>(panel, at2<T>(A, i, a1, k0, a2), rows, kc, a1, a2))
                         Kn::template inner2x2<true>(acc, rows, w, kc, panel, Bv.p, Bv.ld, Ct, c1, c2);
