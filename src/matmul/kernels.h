@@ -27,14 +27,20 @@ struct Kernels {
 
     static int32_t pos(int32_t n) { return n < 0 ? 0 : n; }
 
-    // One dot product: a and b advance by their own element strides.
-    static Acc dot(int32_t kcount, const void* a, std::intptr_t as, const void* b, std::intptr_t bs) {
+    // One dot product: a and b advance by their own element strides.  Kept
+    // out of line so that its loop has the registers to itself (binary128
+    // sums need most of the integer registers).
+    template <bool Split = false>
+    [[gnu::noinline]] static Acc dot(int32_t kcount, const void* a, std::intptr_t as, const void* b, std::intptr_t bs) {
         Acc s = Ar::zero();
-        for (int32_t k = 0; k < kcount; ++k) s = Ar::fma(s, Ar::load(at<T>(a, k, as)), Ar::load(at<T>(b, k, bs)));
+        for (int32_t k = 0; k < kcount; ++k)
+            s = Ar::fma(s, Ar::template load<Split>(at<T>(a, k, as)), Ar::template load<Split>(at<T>(b, k, bs)));
         return s;
     }
 
     // C(i, j) = [C +] sum_k A(i, k) B(k, j) over a rows x ncols block.
+    // Split: A and B are packed (hi, lo) slots (split10.h); C is as stored.
+    template <bool Split = false>
     static void block(int32_t acc, int32_t rows, int32_t ncols, int32_t kcount, const void* A, int32_t ars,
                       int32_t aks, const void* B, int32_t bks, int32_t bcs, void* C, int32_t crs, int32_t ccs) {
         rows = pos(rows), ncols = pos(ncols), kcount = pos(kcount);
@@ -42,31 +48,56 @@ struct Kernels {
             const void* bj = at<T>(B, j, bcs);
             int32_t i = 0;
             // Four rows side by side: independent sums, each in increasing k.
+            // Binary128 sums live in integer registers, where four would not
+            // fit: one row at a time.
+            if constexpr (!kIntegerHeld<Acc>)
             for (; i + 4 <= rows; i += 4) {
                 Acc s[4] = {Ar::zero(), Ar::zero(), Ar::zero(), Ar::zero()};
                 for (int32_t k = 0; k < kcount; ++k) {
-                    const Acc b = Ar::load(at<T>(bj, k, bks));
-                    for (int r = 0; r < 4; ++r) s[r] = Ar::fma(s[r], Ar::load(at2<T>(A, i + r, ars, k, aks)), b);
+                    const Acc b = Ar::template load<Split>(at<T>(bj, k, bks));
+                    for (int r = 0; r < 4; ++r)
+                        s[r] = Ar::fma(s[r], Ar::template load<Split>(at2<T>(A, i + r, ars, k, aks)), b);
                 }
                 for (int r = 0; r < 4; ++r) Ar::put(at2<T>(C, i + r, crs, j, ccs), acc != 0, s[r]);
             }
             for (; i < rows; ++i)
-                Ar::put(at2<T>(C, i, crs, j, ccs), acc != 0, dot(kcount, at<T>(A, i, ars), aks, bj, bks));
+                Ar::put(at2<T>(C, i, crs, j, ccs), acc != 0, dot<Split>(kcount, at<T>(A, i, ars), aks, bj, bks));
         }
     }
 
-    static void convert_block(void* dest, const void* A, int32_t rows, int32_t kcount, int32_t ars, int32_t aks) {
+    // One element into a packed buffer: copied, or (Split) each REAL(10)
+    // part split into (hi, lo); false when a part cannot be split.
+    template <bool Split>
+    static bool pack(char* d, const char* s) {
+        if constexpr (Split) {
+            bool ok = true;
+            for (std::intptr_t q = 0; q < S; q += kReal10Slot) ok &= split_r10(d + q, s + q);
+            return ok;
+        } else {
+            std::memcpy(d, s, S);
+            return true;
+        }
+    }
+
+    // The packers return false when a Split pack met a value it cannot split.
+    template <bool Split = false>
+    static bool convert_block(void* dest, const void* A, int32_t rows, int32_t kcount, int32_t ars, int32_t aks) {
         rows = pos(rows), kcount = pos(kcount);
         char* d = static_cast<char*>(dest);
+        bool ok = true;
         for (int32_t g = 0; g + 4 <= rows; g += 4)
             for (int32_t k = 0; k < kcount; ++k)
-                for (int32_t r = 0; r < 4; ++r, d += S) std::memcpy(d, at2<T>(A, g + r, ars, k, aks), S);
+                for (int32_t r = 0; r < 4; ++r, d += S) ok &= pack<Split>(d, at2<T>(A, g + r, ars, k, aks));
+        return ok;
     }
-    static void copy_block(void* dest, const void* B, int32_t kcount, int32_t ncols, int32_t bks, int32_t bcs) {
+    template <bool Split = false>
+    static bool copy_block(void* dest, const void* B, int32_t kcount, int32_t ncols, int32_t bks, int32_t bcs) {
         kcount = pos(kcount), ncols = pos(ncols);
         char* d = static_cast<char*>(dest);
+        bool ok = true;
         for (int32_t j = 0; j < ncols; ++j)
-            for (int32_t k = 0; k < kcount; ++k, d += S) std::memcpy(d, at2<T>(B, k, bks, j, bcs), S);
+            for (int32_t k = 0; k < kcount; ++k, d += S) ok &= pack<Split>(d, at2<T>(B, k, bks, j, bcs));
+        return ok;
     }
     static void copy_vector(void* dest, const void* src, int32_t n, int32_t stride) {
         char* d = static_cast<char*>(dest);
@@ -77,11 +108,12 @@ struct Kernels {
     }
 
     // Panel x B block: panel rows (a multiple of 4), B with unit k stride.
+    template <bool Split = false>
     static void inner2x2(int32_t acc, int32_t rows, int32_t ncols, int32_t kcount, const void* panel, const void* B,
                          int32_t bcs, void* C, int32_t crs, int32_t ccs) {
         rows = pos(rows) / 4 * 4, kcount = pos(kcount);
         for (int32_t g = 0; g < rows; g += 4)
-            block(acc, 4, ncols, kcount, at<T>(panel, std::intptr_t(g) * kcount, 1), 1, 4, B, 1, bcs,
+            block<Split>(acc, 4, ncols, kcount, at<T>(panel, std::intptr_t(g) * kcount, 1), 1, 4, B, 1, bcs,
                   at<T>(C, g, crs), crs, ccs);
     }
     static void inner1x2(int32_t acc, int32_t ncols, int32_t kcount, const void* A, const void* B, int32_t bks,
@@ -120,16 +152,39 @@ struct Blocked {
         alignas(64) char bbuf[bk.kblk * bk.col * S];
         const int32_t full = K / bk.kblk * bk.kblk, R = K - full, R2 = R / 2 * 2;
         // B block from (k0, j0) with kc values of k: in place or copied.
-        auto bblock = [&](int32_t k0, int32_t j0, int32_t kc, int32_t w, int32_t& ld) -> const void* {
-            if (b1 == 1) { ld = b2; return at2<T>(B, k0, 1, j0, b2); }
-            Kn::copy_block(bbuf, at2<T>(B, k0, b1, j0, b2), kc, w, b1, b2);
-            ld = kc;
-            return bbuf;
+        // REAL(10) parts are packed split when every value of the block
+        // splits (Bv.split), else taken as stored.
+        struct BView {
+            const void* p;
+            int32_t ld;
+            bool split;
         };
-        auto panels = [&](int32_t acc, int32_t i, int32_t rows, int32_t k0, int32_t kc, const void* Bb, int32_t ld,
-                          int32_t j0, int32_t w) {
+        constexpr bool splits = kSplitParts<typename MmType<T>::elem>;
+        bool may_split = false;
+        if constexpr (splits) may_split = x87_full_precision();
+        auto bblock = [&](int32_t k0, int32_t j0, int32_t kc, int32_t w) -> BView {
+            if constexpr (splits)
+                if (may_split && Kn::template copy_block<true>(bbuf, at2<T>(B, k0, b1, j0, b2), kc, w, b1, b2))
+                    return {bbuf, kc, true};
+            if (b1 == 1) return {at2<T>(B, k0, 1, j0, b2), b2, false};
+            Kn::copy_block(bbuf, at2<T>(B, k0, b1, j0, b2), kc, w, b1, b2);
+            return {bbuf, kc, false};
+        };
+        auto panels = [&](int32_t acc, int32_t i, int32_t rows, int32_t k0, int32_t kc, const BView& Bv, int32_t j0,
+                          int32_t w) {
+            void* Ct = at2<T>(C, i, c1, j0, c2);
+            if constexpr (splits) {
+                if (Bv.split) {
+                    if (Kn::template convert_block<true>(panel, at2<T>(A, i, a1, k0, a2), rows, kc, a1, a2))
+                        Kn::template inner2x2<true>(acc, rows, w, kc, panel, Bv.p, Bv.ld, Ct, c1, c2);
+                    else  // a value of this panel does not split: the operands as stored
+                        Kn::block(acc, rows, w, kc, at2<T>(A, i, a1, k0, a2), a1, a2, at2<T>(B, k0, b1, j0, b2), b1,
+                                  b2, Ct, c1, c2);
+                    return;
+                }
+            }
             Kn::convert_block(panel, at2<T>(A, i, a1, k0, a2), rows, kc, a1, a2);
-            Kn::inner2x2(acc, rows, w, kc, panel, Bb, ld, at2<T>(C, i, c1, j0, c2), c1, c2);
+            Kn::inner2x2(acc, rows, w, kc, panel, Bv.p, Bv.ld, Ct, c1, c2);
         };
         for (int32_t j0 = 0; j0 < N; j0 += bk.col) {
             const int32_t w = std::min(j0 + bk.col, N) - j0;
@@ -139,9 +194,8 @@ struct Blocked {
                     for (int32_t j = 0; j < w; ++j) Kn::init_vector(at2<T>(C, i0, c1, j0 + j, c2), h, c1);
                 } else {
                     if (R2 > 0) {
-                        int32_t ld;
-                        const void* Bb = bblock(full, j0, R2, w, ld);
-                        for (int32_t p = 0; p < hp; p += bk.panel) panels(0, i0 + p, bk.panel, full, R2, Bb, ld, j0, w);
+                        const BView Bv = bblock(full, j0, R2, w);
+                        for (int32_t p = 0; p < hp; p += bk.panel) panels(0, i0 + p, bk.panel, full, R2, Bv, j0, w);
                         Kn::block(0, h - hp, w, R2, at2<T>(A, i0 + hp, a1, full, a2), a1, a2,
                                   at2<T>(B, full, b1, j0, b2), b1, b2, at2<T>(C, i0 + hp, c1, j0, c2), c1, c2);
                     }
@@ -150,11 +204,10 @@ struct Blocked {
                                   at2<T>(B, full + R2, b1, j0, b2), b1, b2, at2<T>(C, i0, c1, j0, c2), c1, c2);
                 }
                 for (int32_t k0 = 0; k0 < full; k0 += bk.kblk) {
-                    int32_t ld;
-                    const void* Bb = bblock(k0, j0, bk.kblk, w, ld);
+                    const BView Bv = bblock(k0, j0, bk.kblk, w);
                     int32_t p = 0;
-                    for (; p < hp; p += bk.panel) panels(1, i0 + p, bk.panel, k0, bk.kblk, Bb, ld, j0, w);
-                    for (; p + 4 <= h; p += 4) panels(1, i0 + p, 4, k0, bk.kblk, Bb, ld, j0, w);
+                    for (; p < hp; p += bk.panel) panels(1, i0 + p, bk.panel, k0, bk.kblk, Bv, j0, w);
+                    for (; p + 4 <= h; p += 4) panels(1, i0 + p, 4, k0, bk.kblk, Bv, j0, w);
                     Kn::block(1, h - p, w, bk.kblk, at2<T>(A, i0 + p, a1, k0, a2), a1, a2, at2<T>(B, k0, b1, j0, b2),
                               b1, b2, at2<T>(C, i0 + p, c1, j0, c2), c1, c2);
                 }

@@ -6,7 +6,8 @@
 //            type of at least their width (sums wrap; truncation on store
 //            gives the same bits as wrapping in the element's own width),
 //            REAL(4)/REAL(8) in double, REAL(10) in long double, REAL(16) in
-//            binary128, COMPLEX as a pair of the part's accumulator;
+//            binary128 held as bits (qfast::Q128), COMPLEX as a pair of the
+//            part's accumulator;
 //   blocks   column block, row block, K block, panel rows, vector k chunk.
 //
 // The per-element arithmetic that every kernel shares lives in Arith<T>:
@@ -19,7 +20,9 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "extended/quadfast.h"
 #include "frame/kinds.h"
+#include "split10.h"
 
 namespace intrins::mm {
 
@@ -53,9 +56,9 @@ struct MmType;
     X(Complex16, Cplx<double>, Cplx<double>, Complex, (Blocks{96, 64, 32, 8, 128}))
 #define MM_EXTENDED_TYPES(X)                                                                  \
     X(Real10, R10, long double, Real, (Blocks{64, 64, 32, 8, 128}))                            \
-    X(Real16, Quad, Quad, Real, (Blocks{64, 64, 32, 8, 128}))                                  \
+    X(Real16, Quad, qfast::Q128, Real, (Blocks{64, 64, 32, 8, 128}))                                \
     X(Complex20, Cplx<R10>, Cplx<long double>, Complex, (Blocks{64, 64, 32, 8, 128}))          \
-    X(Complex32, Cplx<Quad>, Cplx<Quad>, Complex, (Blocks{64, 64, 32, 8, 128}))
+    X(Complex32, Cplx<Quad>, Cplx<qfast::Q128>, Complex, (Blocks{64, 64, 32, 8, 128}))
 #define MM_LOGICAL_TYPES(X)                                    \
     X(Log1, int8_t, uint32_t, Logical, (Blocks{0, 0, 0, 0, 0})) \
     X(Log2, int16_t, uint32_t, Logical, (Blocks{0, 0, 0, 0, 0})) \
@@ -74,6 +77,20 @@ MM_EXTENDED_TYPES(X)
 MM_LOGICAL_TYPES(X)
 #undef X
 
+// The operations of one accumulator part.  Binary128 parts are carried as
+// qfast::Q128, whose overloads (found by argument-dependent lookup) give the
+// operators' bits by the fast routines of quadfast.h.
+template <class P>
+inline P mul(P a, P b) { return a * b; }
+template <class P>
+inline P add(P a, P b) { return a + b; }
+template <class P>
+inline P sub(P a, P b) { return a - b; }
+
+// Accumulators held as integer bit patterns (binary128).
+template <class A>
+inline constexpr bool kIntegerHeld = std::is_same_v<A, qfast::Q128> || std::is_same_v<A, Cplx<qfast::Q128>>;
+
 template <class T, bool Cx = (MmType<T>::family == Family::Complex)>
 struct Arith;
 
@@ -89,24 +106,30 @@ struct Arith<T, false> {
         if constexpr (std::is_integral_v<V>) return static_cast<Acc>(static_cast<std::make_unsigned_t<V>>(v));
         else return static_cast<Acc>(v);
     }
+    // Split: the slot holds a packed (hi, lo) pair (split10.h).
+    template <bool Split = false>
     static Acc load(const void* p) {
         // A REAL(10) slot is 16 bytes: the whole register image is read in
         // one piece (the extended load takes its 10 bytes), which avoids
         // assembling the value from partial copies on every element.
-        if constexpr (std::is_same_v<E, R10>) {
+        if constexpr (Split) {
+            return join_r10(p);
+        } else if constexpr (std::is_same_v<E, R10>) {
             long double v;
             std::memcpy(&v, p, sizeof v);
             return v;
+        } else if constexpr (kIntegerHeld<Acc>) {
+            return Acc::load(p);
         } else {
             return widen(K::load(p));
         }
     }
     static Acc fma(Acc s, Acc a, Acc b) {  // s + a*b, two roundings
-        Acc p = a * b;
-        return s + p;
+        Acc p = mul(a, b);
+        return add(s, p);
     }
     static void put(void* c, bool accumulate, Acc s) {
-        if (accumulate) s = load(c) + s;
+        if (accumulate) s = add(load(c), s);
         K::store(c, static_cast<V>(s));
     }
 };
@@ -118,33 +141,39 @@ struct Arith<T, true> {
     using Acc = typename MmType<T>::Acc;
     using P = decltype(Acc{}.re);
     static Acc zero() { return Acc{P(0), P(0)}; }
+    template <bool Split = false>
     static P load_part(const char* p) {
-        if constexpr (std::is_same_v<P, long double>) {  // whole 16-byte slot, as for REAL(10)
+        if constexpr (Split) {
+            return join_r10(p);
+        } else if constexpr (std::is_same_v<P, long double>) {  // whole 16-byte slot, as for REAL(10)
             long double v;
             std::memcpy(&v, p, sizeof v);
             return v;
+        } else if constexpr (kIntegerHeld<P>) {
+            return P::load(p);
         } else {
             return static_cast<P>(K::part::load(p));
         }
     }
+    template <bool Split = false>
     static Acc load(const void* p) {
         const char* b = static_cast<const char*>(p);
-        return Acc{load_part(b), load_part(b + K::part::size)};
+        return Acc{load_part<Split>(b), load_part<Split>(b + K::part::size)};
     }
     static Acc fma(Acc s, Acc a, Acc b) {
-        P rr = a.re * b.re, ii = a.im * b.im, ri = a.re * b.im, ir = a.im * b.re;
-        P pr = rr - ii, pi = ri + ir;
+        P rr = mul(a.re, b.re), ii = mul(a.im, b.im), ri = mul(a.re, b.im), ir = mul(a.im, b.re);
+        P pr = sub(rr, ii), pi = add(ri, ir);
         // The vectorizer's complex patterns would fuse these into
         // multiply-add-subtract instructions where the target has them,
         // whatever the contraction setting; an empty barrier keeps the
         // product's two roundings.
         if constexpr (std::is_same_v<P, double>) asm("" : "+x"(pr), "+x"(pi));
-        return Acc{s.re + pr, s.im + pi};
+        return Acc{add(s.re, pr), add(s.im, pi)};
     }
     static void put(void* c, bool accumulate, Acc s) {
         if (accumulate) {
             Acc o = load(c);
-            s = Acc{o.re + s.re, o.im + s.im};
+            s = Acc{add(o.re, s.re), add(o.im, s.im)};
         }
         using VP = decltype(typename K::value{}.re);
         K::store(c, typename K::value{static_cast<VP>(s.re), static_cast<VP>(s.im)});
