@@ -63,11 +63,8 @@ struct Tiled {
 
     // Register tile: MV vectors of rows by NR columns, from the registers there are.
     static constexpr int REGS = INTRINS_64BIT ? (MM_VBYTES == 64 ? 32 : 16) : 8;
-    // Real types with 32 registers: 3 vectors of rows by 8 columns (8
-    // broadcasts per 24 multiplies, where 2 by 12 needs 12).
-    static constexpr bool wide3 = !cx && std::is_floating_point_v<W> && REGS == 32;
-    static constexpr int MV = REGS == 8 ? 1 : (cx && REGS == 16 ? 1 : wide3 ? 3 : 2);
-    static constexpr int NR = cx ? (REGS == 32 ? 8 : REGS == 16 ? 4 : 2) : (wide3 ? 8 : REGS == 32 ? 12 : REGS == 16 ? 5 : 4);
+    static constexpr int MV = REGS == 8 ? 1 : (cx && REGS == 16 ? 1 : 2);
+    static constexpr int NR = cx ? (REGS == 32 ? 8 : REGS == 16 ? 4 : 2) : (REGS == 32 ? 12 : REGS == 16 ? 5 : 4);
     static constexpr int MR = MV * L;   // W-lanes of a tile
     static constexpr int MRr = MR / RL; // rows of a tile
     static constexpr int AK = MR * RL;  // W per k in a packed A tile
