@@ -363,6 +363,33 @@ struct Tiled {
 
     // Matrix x vector: a column of partial sums per row chunk, k outermost
     // within a piece, so A is read down its columns once.
+    // One sweep of CPS unit-stride columns over the h partial sums s, L rows
+    // per vector; each row adds its CPS products in increasing k.  A function
+    // of its own so that nothing is reloaded through a closure in the loop.
+    template <int CPS>
+    MM_TARGET static void mv_sweep(const char* const* colp, const W* xp, Acc* s, int h) {
+        const char* col[CPS];
+        W x[CPS];
+        for (int q = 0; q < CPS; ++q) col[q] = colp[q], x[q] = xp[q];
+        int i = 0;
+        for (; i + L <= h; i += L) {
+            V t;
+            std::memcpy(&t, &s[i], sizeof t);
+#pragma GCC unroll 8
+            for (int q = 0; q < CPS; ++q) {
+                EV e;
+                std::memcpy(&e, col[q] + i * S, sizeof e);
+                t = t + __builtin_convertvector(e, V) * x[q];
+            }
+            std::memcpy(&s[i], &t, sizeof t);
+        }
+        for (; i < h; ++i) {
+            Acc t = s[i];
+            for (int q = 0; q < CPS; ++q) t = Ar::fma(t, Ar::load(col[q] + i * S), x[q]);
+            s[i] = t;
+        }
+    }
+
     MM_TARGET static void mv(int32_t M, int32_t K, const void* A, int32_t a1, int32_t a2, const void* B, int32_t bs,
                              void* C, int32_t cs) {
         if (M < 1) return;
@@ -386,23 +413,7 @@ struct Tiled {
                             col[q] = a0 + std::ptrdiff_t(k + q) * a2 * S;
                             x[q] = Ar::load(at<T>(B, k + q, bs));
                         }
-                        int i = 0;
-                        for (; i + L <= h; i += L) {
-                            V t;
-                            std::memcpy(&t, &s[i], sizeof t);
-#pragma GCC unroll 8
-                            for (int q = 0; q < CPS; ++q) {
-                                EV e;
-                                std::memcpy(&e, col[q] + i * S, sizeof e);
-                                t = t + __builtin_convertvector(e, V) * x[q];
-                            }
-                            std::memcpy(&s[i], &t, sizeof t);
-                        }
-                        for (; i < h; ++i) {
-                            Acc t = s[i];
-                            for (int q = 0; q < CPS; ++q) t = Ar::fma(t, Ar::load(col[q] + i * S), x[q]);
-                            s[i] = t;
-                        }
+                        mv_sweep<CPS>(col, x, s, h);
                     }
                 }
                 // Four columns per sweep over the partial sums, still in increasing k per row.
@@ -430,9 +441,6 @@ struct Tiled {
         }
     }
 
-    // Vector x matrix: blocks of CW columns outermost, so each column of B is
-    // read as one sequential stream; within a block the K pieces in order,
-    // one chain per column.
     // CW unit-stride columns (byte step cstep) against av: one chain per
     // column, all columns advancing together in k.  Values are passed, not
     // captured, so that nothing is reloaded inside the loop.  Scalar on
@@ -454,6 +462,9 @@ struct Tiled {
         for (int c = 0; c < CW; ++c) out[c] = s[c];
     }
 
+    // Vector x matrix: blocks of CW columns outermost, so each column of B is
+    // read as one sequential stream; within a block the K pieces in order,
+    // one chain per column.
     MM_TARGET static void vm(int32_t N, int32_t K, const void* A, int32_t as, const void* B, int32_t b1, int32_t b2,
                              void* C, int32_t cs) {
         if (N < 1) return;
