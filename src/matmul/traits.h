@@ -91,6 +91,31 @@ inline P sub(P a, P b) { return a - b; }
 template <class A>
 inline constexpr bool kIntegerHeld = std::is_same_v<A, qfast::Q128> || std::is_same_v<A, Cplx<qfast::Q128>>;
 
+// One accumulator value P from an element slot of kind KP (a real element or
+// one part of a complex one).  Split: the slot holds a packed (hi, lo) pair
+// (split10.h).  A REAL(10) slot is 16 bytes: the whole register image is read
+// in one piece (the extended load takes its 10 bytes), which avoids
+// assembling the value from partial copies on every element.  Integers widen
+// through their unsigned type, so that sums wrap.
+template <bool Split, class P, class KP>
+inline P load_slot(const void* p) {
+    if constexpr (Split) {
+        return join_r10(p);
+    } else if constexpr (std::is_same_v<P, long double>) {
+        long double v;
+        std::memcpy(&v, p, sizeof v);
+        return v;
+    } else if constexpr (kIntegerHeld<P>) {
+        return P::load(p);
+    } else {
+        const auto v = KP::load(p);
+        if constexpr (std::is_integral_v<decltype(v)>)
+            return static_cast<P>(static_cast<std::make_unsigned_t<decltype(v)>>(v));
+        else
+            return static_cast<P>(v);
+    }
+}
+
 template <class T, bool Cx = (MmType<T>::family == Family::Complex)>
 struct Arith;
 
@@ -102,27 +127,10 @@ struct Arith<T, false> {
     using Acc = typename MmType<T>::Acc;
     using V = typename K::value;
     static Acc zero() { return Acc(0); }
-    static Acc widen(V v) {
-        if constexpr (std::is_integral_v<V>) return static_cast<Acc>(static_cast<std::make_unsigned_t<V>>(v));
-        else return static_cast<Acc>(v);
-    }
     // Split: the slot holds a packed (hi, lo) pair (split10.h).
     template <bool Split = false>
     static Acc load(const void* p) {
-        // A REAL(10) slot is 16 bytes: the whole register image is read in
-        // one piece (the extended load takes its 10 bytes), which avoids
-        // assembling the value from partial copies on every element.
-        if constexpr (Split) {
-            return join_r10(p);
-        } else if constexpr (std::is_same_v<E, R10>) {
-            long double v;
-            std::memcpy(&v, p, sizeof v);
-            return v;
-        } else if constexpr (kIntegerHeld<Acc>) {
-            return Acc::load(p);
-        } else {
-            return widen(K::load(p));
-        }
+        return load_slot<Split, Acc, K>(p);
     }
     static Acc fma(Acc s, Acc a, Acc b) {  // s + a*b, two roundings
         Acc p = mul(a, b);
@@ -143,17 +151,7 @@ struct Arith<T, true> {
     static Acc zero() { return Acc{P(0), P(0)}; }
     template <bool Split = false>
     static P load_part(const char* p) {
-        if constexpr (Split) {
-            return join_r10(p);
-        } else if constexpr (std::is_same_v<P, long double>) {  // whole 16-byte slot, as for REAL(10)
-            long double v;
-            std::memcpy(&v, p, sizeof v);
-            return v;
-        } else if constexpr (kIntegerHeld<P>) {
-            return P::load(p);
-        } else {
-            return static_cast<P>(K::part::load(p));
-        }
+        return load_slot<Split, P, typename K::part>(p);
     }
     template <bool Split = false>
     static Acc load(const void* p) {

@@ -145,7 +145,9 @@ void check_product(Form form, int M, int N, int K, int lo, int a_stride, int b_s
     if (res_mode == 1) {  // the skipped columns or elements keep their old bytes
         for (int n = 0; n < res->size(); ++n) {
             bool skipped = form == MxM ? (n / r0) % 2 == 1 : n % 2 == 1;
-            if (skipped) EXPECT_EQ(static_cast<unsigned char>(res->data()[std::size_t(n) * T::size]), 0xffu) << n;
+            if (skipped) {
+                EXPECT_EQ(static_cast<unsigned char>(res->data()[std::size_t(n) * T::size]), 0xffu) << n;
+            }
         }
     }
     EXPECT_EQ(bad, 0);
