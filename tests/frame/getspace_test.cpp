@@ -25,8 +25,8 @@ TEST(GetSpace, BlocksAreUsableAndZeroRequestsDistinct) {
     f90_freespace(c);
 }
 
-// Large blocks (1 MiB and more) start on a 64-byte boundary; small ones keep
-// malloc's alignment.  Live blocks never overlap.
+// Large blocks (1 MiB and more) start on a 64-byte boundary, from 8 MiB on a
+// 2 MiB one; small ones keep malloc's alignment.  Live blocks never overlap.
 TEST(GetSpace, LargeBlocksAlignedAndDistinct) {
     const F90Word sizes[] = {F90Word{1} << 20, (F90Word{1} << 20) + 3, F90Word{3} << 20, F90Word{9} << 20};
     std::vector<unsigned char*> live;
@@ -34,6 +34,9 @@ TEST(GetSpace, LargeBlocksAlignedAndDistinct) {
         for (int k = 0; k < 2; ++k) {
             auto* p = static_cast<unsigned char*>(f90_getspace(n));
             EXPECT_EQ(reinterpret_cast<std::uintptr_t>(p) % 64, 0u) << n;
+            if (n >= (F90Word{8} << 20)) {
+                EXPECT_EQ(reinterpret_cast<std::uintptr_t>(p) % (std::uintptr_t{2} << 20), 0u) << n;
+            }
             std::memset(p, static_cast<int>(live.size()), n);
             live.push_back(p);
         }
