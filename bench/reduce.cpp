@@ -7,6 +7,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -42,24 +43,57 @@ struct Desc {
             n *= e;
         }
         d.EXTENT = n;
-        d.ZERO -= static_cast<std::ptrdiff_t>(n > 0 ? 1 : 0) * elsize;  // lower bounds 1 (dimension 1 stride 1)
-        for (int i = 1; i < k; ++i) d.ZERO -= static_cast<std::ptrdiff_t>(d.DIM[i].STRIDE) * elsize;
+        // Lower bounds 1: element (1, ..., 1) sits at BASE.  A scalar has
+        // no subscripts, so its ZERO is BASE.
+        if (n > 0)
+            for (int i = 0; i < k; ++i) d.ZERO -= static_cast<std::ptrdiff_t>(d.DIM[i].STRIDE) * elsize;
     }
     ArrDesc* get() { return &raw.desc; }
 };
 
+// Benchmark arrays live where compiled programs' array temporaries and
+// intrinsic results live: in blocks of the storage service (from 8 MiB on
+// 2 MiB aligned and on huge pages where the system offers them).  With
+// INTRINS_BENCH_MALLOC set they come from malloc instead (ordinary pages),
+// to see how much of a figure is the page size.  Both sides read the same.
 template <class T>
-const std::vector<T>& data(int64_t n, int kind) {
-    static std::vector<T> v;
+class Store {
+  public:
+    Store() = default;
+    Store(const Store&) = delete;
+    Store& operator=(const Store&) = delete;
+    ~Store() { release(); }
+    void assign(int64_t n, T fill) {
+        release();
+        const size_t bytes = static_cast<size_t>(n > 0 ? n : 1) * sizeof(T);
+        plain_ = std::getenv("INTRINS_BENCH_MALLOC") != nullptr;
+        p_ = static_cast<T*>(plain_ ? std::malloc(bytes) : f90_getspace(static_cast<F90Word>(bytes)));
+        for (int64_t i = 0; i < n; ++i) p_[i] = fill;
+    }
+    T* data() const { return p_; }
+
+  private:
+    void release() {
+        if (p_) plain_ ? std::free(p_) : f90_freespace(p_);
+        p_ = nullptr;
+    }
+    T* p_ = nullptr;
+    bool plain_ = false;
+};
+
+template <class T>
+const Store<T>& data(int64_t n, int kind) {
+    static Store<T> v;
     static int64_t have = -1;
     static int have_kind = -1;
     if (have != n || have_kind != kind) {
         std::mt19937_64 rng(42 + kind);
         v.assign(n, T{});
-        for (auto& x : v) {
-            if (kind == 0) x = static_cast<T>(static_cast<int64_t>(rng() % 2000001) - 1000000);
-            else if (kind == 1) x = static_cast<T>(rng() & 1);
-            else x = static_cast<T>(static_cast<double>(rng() >> 11) * 0x1p-53 - 0.5);
+        T* x = v.data();
+        for (int64_t i = 0; i < n; ++i) {
+            if (kind == 0) x[i] = static_cast<T>(static_cast<int64_t>(rng() % 2000001) - 1000000);
+            else if (kind == 1) x[i] = static_cast<T>(rng() & 1);
+            else x[i] = static_cast<T>(static_cast<double>(rng() >> 11) * 0x1p-53 - 0.5);
         }
         have = n;
         have_kind = kind;
@@ -157,15 +191,20 @@ void BM_SumR8_gfortran(benchmark::State& st) {
 BENCHMARK(BM_SumR8_lib)->Arg(10000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SumR8_gfortran)->Arg(10000000)->Unit(benchmark::kMillisecond);
 
-std::vector<double> second(int64_t n) {
-    std::vector<double> b(n);
-    for (int64_t i = 0; i < n; ++i) b[i] = 1.0 / (1 + (i % 7));
+const Store<double>& second(int64_t n) {
+    static Store<double> b;
+    static int64_t have = -1;
+    if (have != n) {
+        b.assign(n, 0.0);
+        for (int64_t i = 0; i < n; ++i) b.data()[i] = 1.0 / static_cast<double>(1 + (i % 7));
+        have = n;
+    }
     return b;
 }
 void BM_DotR8_lib(benchmark::State& st) {
     const int64_t n = st.range(0);
     const auto& v = data<double>(n, 2);
-    static std::vector<double> b = second(n);
+    const auto& b = second(n);
     Desc da(const_cast<double*>(v.data()), 8, {static_cast<int32_t>(n)});
     Desc db(b.data(), 8, {static_cast<int32_t>(n)});
     ArgList args{};
@@ -182,7 +221,7 @@ void BM_DotR8_gfortran(benchmark::State& st) {
     const int64_t n = st.range(0);
     const int32_t n32 = static_cast<int32_t>(n);
     const auto& v = data<double>(n, 2);
-    static std::vector<double> b = second(n);
+    const auto& b = second(n);
     for (auto _ : st) {
         double r;
         peer_dot_r8_(v.data(), b.data(), &n32, &r);

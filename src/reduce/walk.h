@@ -224,12 +224,14 @@ void fold_whole(const Nest<2>& n, typename P::acc& acc) {
 }
 
 // Result elements per block: many when they lie side by side in memory (DIM
-// > 1: long contiguous sweeps), few when each runs down its own stretch of
+// > 1: long contiguous sweeps; 2048 keeps a column of 4000 in two sweeps and
+// the accumulators, at most 32 KiB, near the core), few when each runs down its own stretch of
 // memory (DIM = 1: a handful of interleaved streams hides the latency of
 // each ordered chain).
 template <class P>
-inline constexpr int32_t kBlock = sizeof(typename P::acc) <= 16 ? 512 : 64;
+inline constexpr int32_t kBlock = sizeof(typename P::acc) <= 16 ? 2048 : 64;
 inline constexpr int32_t kStreams = 8;
+inline constexpr int32_t kGroup = 4;
 
 template <class P, bool Masked>
 void fold_dim(const DimNest& n) {
@@ -250,11 +252,30 @@ void fold_dim(const DimNest& n) {
             for (int32_t j = 0; j < b; ++j) acc[j] = P::init();
             const char* a = p[0] + j0 * s[0];
             const char* m = p[1] + j0 * s[1];
-            for (int32_t k = 0; k < n.len; ++k, a += n.astep, m += n.mstep) {
+            int32_t k = 0;
+            if (P::seeds && n.len > 0) {
+                for (int32_t j = 0; j < b; ++j)
+                    if (!Masked || mask_true(m + j * s[1])) P::seed(acc[j], a + j * step);
+                k = 1, a += n.astep, m += n.mstep;
+            }
+            // kGroup DIM positions per pass over the block: each accumulator
+            // still takes its elements in DIM order, and is loaded and
+            // stored once per group instead of once per element.
+            if constexpr (!std::is_integral_v<decltype(step)>) {  // adjacent result elements
+                for (; k + kGroup <= n.len; k += kGroup, a += kGroup * n.astep, m += kGroup * n.mstep) {
+                    for (int32_t j = 0; j < b; ++j) {
+#pragma GCC unroll 4
+                        for (int32_t g = 0; g < kGroup; ++g) {
+                            if (Masked && !mask_true(m + g * n.mstep + j * s[1])) continue;
+                            P::add(acc[j], a + g * n.astep + j * step, k + g);
+                        }
+                    }
+                }
+            }
+            for (; k < n.len; ++k, a += n.astep, m += n.mstep) {
                 for (int32_t j = 0; j < b; ++j) {
                     if (Masked && !mask_true(m + j * s[1])) continue;
-                    if (P::seeds && k == 0) P::seed(acc[j], a + j * step);
-                    else P::add(acc[j], a + j * step, k);
+                    P::add(acc[j], a + j * step, k);
                 }
             }
             for (int32_t j = 0; j < b; ++j) P::put(p[2] + (j0 + j) * s[2], acc[j]);

@@ -105,6 +105,48 @@ TEST(LongVectors, ExtremesAndLocations) {
     for (auto& v : vectors<int64_t>()) check_one<int64_t, true>(v, f90_maxvali8, f90_maxloci8, "i8 max");
 }
 
+// SUM, MAXLOC and MAXVAL along DIM=2 of a wide matrix: more rows than one
+// block of result elements and a DIM extent that leaves a tail after the
+// groups of columns.  Each result element must see its row in DIM order:
+// the sums mix magnitudes so that another order gives other bits, and the
+// locations have ties, where the first one must win.
+TEST(LongDim, RowsKeepTheirOrderAcrossBlocksAndGroups) {
+    std::mt19937 rng(5);
+    const double mags[] = {1e16, -1e16, 1.0, 3.0, -0.5, 2.5};
+    for (int cols : {1, 4, 5, 11}) {
+        const int rows = 2048 + 37;
+        Array a({{1, rows}, {1, cols}}, 8), ties({{1, rows}, {1, cols}}, 8), m({{1, rows}, {1, cols}}, 4);
+        for (int i = 0; i < rows * cols; ++i) {
+            a.at<double>(i) = mags[rng() % 6];
+            ties.at<double>(i) = static_cast<double>(rng() % 3);
+            m.at<int32_t>(i) = rng() % 10 < 7;
+        }
+        for (bool masked : {false, true}) {
+            Red sum(a), loc(ties), val(ties);
+            if (masked) sum.mask(m), loc.mask(m), val.mask(m);
+            f90_sumr8(sum.dim(2));
+            f90_maxlocr8(loc.dim(2));
+            f90_maxvalr8(val.dim(2));
+            for (int i = 0; i < rows; ++i) {
+                double s = 0, v = -std::numeric_limits<double>::max();
+                int32_t pos = 0;
+                for (int k = 0; k < cols; ++k) {
+                    if (masked && !m.at<int32_t>(i + rows * k)) continue;
+                    s += a.at<double>(i + rows * k);
+                    double x = ties.at<double>(i + rows * k);
+                    if (pos == 0 || x > v) {
+                        v = x;
+                        pos = k + 1;
+                    }
+                }
+                ASSERT_EQ(bits_of(sum.at<double>(i)), bits_of(s)) << cols << masked << " row " << i;
+                ASSERT_EQ(loc.at<int32_t>(i), pos) << cols << masked << " row " << i;
+                ASSERT_EQ(val.at<double>(i), v) << cols << masked << " row " << i;
+            }
+        }
+    }
+}
+
 TEST(LongVectors, IntegerSumsAndMaskedRealSum) {
     std::mt19937 rng(11);
     for (int n : {1, 31, 32, 33, 1000, 4099}) {
