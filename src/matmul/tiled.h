@@ -468,9 +468,10 @@ struct Tiled {
     MM_TARGET static void vm(int32_t N, int32_t K, const void* A, int32_t as, const void* B, int32_t b1, int32_t b2,
                              void* C, int32_t cs) {
         if (N < 1) return;
-        // Sixteen column streams at a time (eight for complex, whose sums
-        // take two registers each).
-        constexpr int CW = cx ? 8 : 16;
+        // Eight column streams at a time: with sixteen, the column addresses
+        // no longer fit in the general registers and GCC advanced spilled
+        // pointers in memory inside the loop.
+        constexpr int CW = 8;
         Acc av[bk.chunk];
         for (int j = 0; j < N; j += CW) {
             const int cw = N - j < CW ? N - j : CW;
