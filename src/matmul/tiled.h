@@ -464,16 +464,57 @@ struct Tiled {
         for (int c = 0; c < CW; ++c) out[c] = s[c];
     }
 
+    // G groups of L unit-stride columns against av, for the real types.  The
+    // products of L values of k down each column are formed as one vector;
+    // an L x L transpose turns the group's L vectors into one per k across
+    // the columns, and those are added in increasing k, so each column keeps
+    // its own ordered chain in its own lane (one vector add per L elements
+    // instead of one scalar add each).  The last kl % L values go lane by
+    // lane.
+    template <int G>
+    MM_TARGET static void vm_lanes(int kl, const Acc* av, const char* bj, std::ptrdiff_t cstep, Acc* out) {
+        V s[G];
+        std::memcpy(s, out, sizeof s);
+        int k = 0;
+        for (; k + L <= kl; k += L) {
+            V x;
+            std::memcpy(&x, av + k, sizeof x);
+#pragma GCC unroll 4
+            for (int g = 0; g < G; ++g) {
+                V r[L];
+#pragma GCC unroll 16
+                for (int c = 0; c < L; ++c) {
+                    const char* p = bj + (g * L + c) * cstep + k * S;
+                    __builtin_prefetch(p + 512, 0, 0);
+                    EV e;
+                    std::memcpy(&e, p, sizeof e);
+                    r[c] = __builtin_convertvector(e, V) * x;
+                }
+                transpose(r);
+#pragma GCC unroll 16
+                for (int t = 0; t < L; ++t) s[g] = s[g] + r[t];
+            }
+        }
+        for (; k < kl; ++k)
+            for (int g = 0; g < G; ++g)
+                for (int c = 0; c < L; ++c)
+                    s[g][c] = Ar::fma(s[g][c], av[k], Ar::load(bj + (g * L + c) * cstep + k * S));
+        std::memcpy(out, s, sizeof s);
+    }
+
     // Vector x matrix: blocks of CW columns outermost, so each column of B is
     // read as one sequential stream; within a block the K pieces in order,
     // one chain per column.
     MM_TARGET static void vm(int32_t N, int32_t K, const void* A, int32_t as, const void* B, int32_t b1, int32_t b2,
                              void* C, int32_t cs) {
         if (N < 1) return;
-        // Eight column streams at a time: with sixteen, the column addresses
-        // no longer fit in the general registers and GCC advanced spilled
-        // pointers in memory inside the loop.
-        constexpr int CW = 8;
+        // Real types: groups of L columns through vm_lanes, at least two
+        // groups (two independent vector chains) where the registers allow.
+        // Others: eight scalar column streams (with more, the column
+        // addresses no longer fit in the general registers).
+        constexpr bool lanes = !cx && std::is_floating_point_v<W>;
+        constexpr int G = REGS == 8 ? 1 : std::max(2, 8 / L);
+        constexpr int CW = lanes ? G * L : 8;
         Acc av[bk.chunk];
         for (int j = 0; j < N; j += CW) {
             const int cw = N - j < CW ? N - j : CW;
@@ -483,7 +524,8 @@ struct Tiled {
                 Acc s[CW];
                 for (int c = 0; c < CW; ++c) s[c] = Ar::zero();
                 if (cw == CW && b1 == 1) {
-                    vm_columns<CW>(kl, av, bj, std::ptrdiff_t(b2) * S, s);
+                    if constexpr (lanes) vm_lanes<G>(kl, av, bj, std::ptrdiff_t(b2) * S, s);
+                    else vm_columns<CW>(kl, av, bj, std::ptrdiff_t(b2) * S, s);
                 } else {
                     for (int c = 0; c < cw; ++c)
                         for (int k = 0; k < kl; ++k)
