@@ -380,6 +380,7 @@ struct Tiled {
 #pragma GCC unroll 8
             for (int q = 0; q < CPS; ++q) {
                 EV e;
+                __builtin_prefetch(col[q] + i * S + 512, 0, 0);  // 512 bytes ahead measured best
                 std::memcpy(&e, col[q] + i * S, sizeof e);
                 t = t + __builtin_convertvector(e, V) * x[q];
             }
@@ -485,7 +486,7 @@ struct Tiled {
 #pragma GCC unroll 16
                 for (int c = 0; c < L; ++c) {
                     const char* p = bj + (g * L + c) * cstep + k * S;
-                    __builtin_prefetch(p + 512, 0, 0);
+                    __builtin_prefetch(p + 256, 0, 0);  // 256 bytes ahead measured best
                     EV e;
                     std::memcpy(&e, p, sizeof e);
                     r[c] = __builtin_convertvector(e, V) * x;
