@@ -22,7 +22,7 @@
 
 namespace intrins::qfast {
 
-#ifdef __SIZEOF_INT128__
+#if INTRINS_INT128
 
 using u128 = unsigned __int128;
 

@@ -19,6 +19,14 @@
 #define INTRINS_64BIT 0
 #endif
 
+// 128-bit integers (the 64-bit targets): the fast binary128 arithmetic of
+// the multiply kernels works in them.
+#if defined(__SIZEOF_INT128__)
+#define INTRINS_INT128 1
+#else
+#define INTRINS_INT128 0
+#endif
+
 // Entry points.  On Linux the library is built with hidden visibility and a
 // version script; this marks the names that leave the library.  On Windows the
 // .def file made from the same export list decides.

@@ -363,8 +363,6 @@ struct Tiled {
         }
     }
 
-    // Matrix x vector: a column of partial sums per row chunk, k outermost
-    // within a piece, so A is read down its columns once.
     // One sweep of CPS unit-stride columns over the h partial sums s, L rows
     // per vector; each row adds its CPS products in increasing k.  A function
     // of its own so that nothing is reloaded through a closure in the loop.
@@ -393,6 +391,8 @@ struct Tiled {
         }
     }
 
+    // Matrix x vector: a column of partial sums per row chunk, k outermost
+    // within a piece, so A is read down its columns once.
     MM_TARGET static void mv(int32_t M, int32_t K, const void* A, int32_t a1, int32_t a2, const void* B, int32_t bs,
                              void* C, int32_t cs) {
         if (M < 1) return;

@@ -225,9 +225,9 @@ void fold_whole(const Nest<2>& n, typename P::acc& acc) {
 
 // Result elements per block: many when they lie side by side in memory (DIM
 // > 1: long contiguous sweeps; 2048 keeps a column of 4000 in two sweeps and
-// the accumulators, at most 32 KiB, near the core), few when each runs down its own stretch of
-// memory (DIM = 1: a handful of interleaved streams hides the latency of
-// each ordered chain).
+// the accumulators, at most 32 KiB, near the core), few when each runs down
+// its own stretch of memory (DIM = 1: a handful of interleaved streams hides
+// the latency of each ordered chain).
 template <class P>
 inline constexpr int32_t kBlock = sizeof(typename P::acc) <= 16 ? 2048 : 64;
 inline constexpr int32_t kStreams = 8;
@@ -258,26 +258,23 @@ void fold_dim(const DimNest& n) {
                     if (!Masked || mask_true(m + j * s[1])) P::seed(acc[j], a + j * step);
                 k = 1, a += n.astep, m += n.mstep;
             }
-            // kGroup DIM positions per pass over the block: each accumulator
-            // still takes its elements in DIM order, and is loaded and
-            // stored once per group instead of once per element.
-            if constexpr (!std::is_integral_v<decltype(step)>) {  // adjacent result elements
-                for (; k + kGroup <= n.len; k += kGroup, a += kGroup * n.astep, m += kGroup * n.mstep) {
-                    for (int32_t j = 0; j < b; ++j) {
+            // G DIM positions per pass over the block: each accumulator still
+            // takes its elements in DIM order.  Adjacent result elements take
+            // kGroup at a time, so each is loaded and stored once per group.
+            auto pass = [&](auto group) {
+                constexpr int32_t G = decltype(group)::value;
+                for (int32_t j = 0; j < b; ++j) {
 #pragma GCC unroll 4
-                        for (int32_t g = 0; g < kGroup; ++g) {
-                            if (Masked && !mask_true(m + g * n.mstep + j * s[1])) continue;
-                            P::add(acc[j], a + g * n.astep + j * step, k + g);
-                        }
+                    for (int32_t g = 0; g < G; ++g) {
+                        if (Masked && !mask_true(m + g * n.mstep + j * s[1])) continue;
+                        P::add(acc[j], a + g * n.astep + j * step, k + g);
                     }
                 }
-            }
-            for (; k < n.len; ++k, a += n.astep, m += n.mstep) {
-                for (int32_t j = 0; j < b; ++j) {
-                    if (Masked && !mask_true(m + j * s[1])) continue;
-                    P::add(acc[j], a + j * step, k);
-                }
-            }
+                k += G, a += G * n.astep, m += G * n.mstep;
+            };
+            if constexpr (!std::is_integral_v<decltype(step)>)
+                while (k + kGroup <= n.len) pass(std::integral_constant<int32_t, kGroup>{});
+            while (k < n.len) pass(std::integral_constant<int32_t, 1>{});
             for (int32_t j = 0; j < b; ++j) P::put(p[2] + (j0 + j) * s[2], acc[j]);
         };
         const bool along = std::abs(n.astep) < std::abs(s[0]);

@@ -132,11 +132,6 @@ TEST(Streams, ExtremesAndLocations) {
     }
 }
 
-}  // namespace
-}  // namespace rtest
-
-namespace rtest {
-namespace {
 
 // ALL and ANY of long LOGICAL(4) and LOGICAL(8) vectors, tallied a chunk at
 // a time: the one deciding element placed in the first, a middle and the
@@ -200,16 +195,11 @@ TEST(Streams, IntegerProducts) {
     }
 }
 
-}  // namespace
-}  // namespace rtest
 
-namespace rtest {
-namespace {
-
-// Strictly ordered REAL sums and dot products of short lengths (every
-// tail of an unrolled loop) and a few longer ones: values whose sum depends on the order (large terms
-// that cancel, small ones absorbed or not), bit for bit against the
-// left-to-right definition.
+// Strictly ordered REAL sums and dot products of short lengths (every tail
+// of an unrolled loop) and a few longer ones: values whose sum depends on
+// the order (large terms that cancel, small ones absorbed or not), bit for
+// bit against the left-to-right definition.
 TEST(Ordered, RealSumsAndDotProductsKeepTheOrder) {
     std::mt19937 rng(24);
     for (int32_t n = 0; n <= 41; n += n < 20 ? 1 : 7) {
