@@ -2,14 +2,20 @@
 // run: contiguous INTEGER(4) SUM, COUNT of LOGICAL(4), INTEGER(4) MAXVAL and
 // MAXLOC, REAL(8) MAXVAL and MINLOC (10^7 and 10^8 elements); REAL(8) SUM and
 // DOT_PRODUCT; SUM(A, DIM=1) and SUM(A, DIM=2) of a 4000 x 4000 REAL(8);
-// SUM(A, MASK=M) with a 50% random MASK.  Each pair is BM_<name>/lib and
-// BM_<name>/gfortran; bytes/s counts the bytes of ARRAY (and MASK) read.
+// SUM(A, MASK=M) with a 50% random MASK.  Each case runs as BM_<name>_lib,
+// BM_<name>_gfortran (bytes/s counts the bytes of ARRAY and MASK read) and
+// BM_<name>_alt, the two alternately in every iteration, with both rates and
+// x_gfortran (GNU Fortran's time over ours): the host's memory bandwidth
+// drifts by 20-30% within minutes, so two benchmarks run one after the
+// other do not always see the same machine.
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "intrins.h"
@@ -136,60 +142,72 @@ int32_t call_loc(void (*fn)(ArgList*), const T* a, int64_t n) {
 
 const int32_t kOne = 1;
 
-#define PAIR(name, T, kind, bytes_per, lib_expr, peer_expr)                      \
-    void BM_##name##_lib(benchmark::State& st) {                                 \
-        const int64_t n = st.range(0);                                           \
-        const auto& v = data<T>(n, kind);                                        \
-        const T* a = v.data();                                                   \
-        (void)a;                                                                 \
-        for (auto _ : st) benchmark::DoNotOptimize(lib_expr);                    \
-        st.SetBytesProcessed(st.iterations() * n * (bytes_per));                 \
-    }                                                                            \
-    void BM_##name##_gfortran(benchmark::State& st) {                            \
-        const int64_t n = st.range(0);                                           \
-        const int32_t n32 = static_cast<int32_t>(n);                             \
-        const auto& v = data<T>(n, kind);                                        \
-        const T* a = v.data();                                                   \
-        for (auto _ : st) {                                                      \
-            peer_expr;                                                           \
-        }                                                                        \
-        st.SetBytesProcessed(st.iterations() * n * (bytes_per));                 \
-    }                                                                            \
-    BENCHMARK(BM_##name##_lib)->Arg(10000000)->Arg(100000000)->Unit(benchmark::kMillisecond);      \
-    BENCHMARK(BM_##name##_gfortran)->Arg(10000000)->Arg(100000000)->Unit(benchmark::kMillisecond);
-
-PAIR(SumI4, int32_t, 0, 4, (call_lib<int32_t, int32_t>(f90_sumi4, a, n)),
-     int32_t r; peer_sum_i4_(a, &n32, &kOne, &r); benchmark::DoNotOptimize(r))
-PAIR(CountL4, int32_t, 1, 4, (call_lib<int32_t, int32_t>(f90_count4, a, n)),
-     int32_t r; peer_count_l4_(a, &n32, &kOne, &r); benchmark::DoNotOptimize(r))
-PAIR(MaxvalI4, int32_t, 0, 4, (call_lib<int32_t, int32_t>(f90_maxvali4, a, n)),
-     int32_t r; peer_maxval_i4_(a, &n32, &kOne, &r); benchmark::DoNotOptimize(r))
-PAIR(MaxlocI4, int32_t, 0, 4, (call_loc<int32_t>(f90_maxloci4, a, n)),
-     int32_t r; peer_maxloc_i4_(a, &n32, &kOne, &r); benchmark::DoNotOptimize(r))
-PAIR(MaxvalR8, double, 2, 8, (call_lib<double, double>(f90_maxvalr8, a, n)),
-     double r; peer_maxval_r8_(a, &n32, &kOne, &r); benchmark::DoNotOptimize(r))
-PAIR(MinlocR8, double, 2, 8, (call_loc<double>(f90_minlocr8, a, n)),
-     int32_t r; peer_minloc_r8_(a, &n32, &kOne, &r); benchmark::DoNotOptimize(r))
-
-void BM_SumR8_lib(benchmark::State& st) {
-    const int64_t n = st.range(0);
-    const auto& v = data<double>(n, 2);
-    for (auto _ : st) benchmark::DoNotOptimize(call_lib<double, double>(f90_sumr8, v.data(), n));
-    st.SetBytesProcessed(st.iterations() * n * 8);
+// One benchmark case: C(n) prepares the data; lib() and peer() run the
+// reduction through this library and through GNU Fortran's; bytes() is
+// what one call reads.  Each case is registered three times:
+//   <name>_lib/n and <name>_gfortran/n   each side alone;
+//   <name>_alt/n   both alternately in every iteration (which goes first
+//                  alternates too), reporting both rates and x_gfortran,
+//                  GNU Fortran's time over ours under the same conditions.
+template <class C>
+void alone(benchmark::State& st, bool ours) {
+    C c(st.range(0));
+    for (auto _ : st) ours ? c.lib() : c.peer();
+    st.SetBytesProcessed(st.iterations() * c.bytes());
 }
-void BM_SumR8_gfortran(benchmark::State& st) {
-    const int64_t n = st.range(0);
-    const int32_t n32 = static_cast<int32_t>(n);
-    const auto& v = data<double>(n, 2);
+template <class C>
+void alternate(benchmark::State& st) {
+    using Clock = std::chrono::steady_clock;
+    C c(st.range(0));
+    double ours = 0, theirs = 0;
+    bool flip = false;
     for (auto _ : st) {
-        double r;
-        peer_sum_r8_(v.data(), &n32, &kOne, &r);
+        const auto t0 = Clock::now();
+        flip ? c.peer() : c.lib();
+        const auto t1 = Clock::now();
+        flip ? c.lib() : c.peer();
+        const auto t2 = Clock::now();
+        const double first = std::chrono::duration<double>(t1 - t0).count();
+        const double second = std::chrono::duration<double>(t2 - t1).count();
+        ours += flip ? second : first;
+        theirs += flip ? first : second;
+        flip = !flip;
+    }
+    const double b = static_cast<double>(c.bytes()) * static_cast<double>(st.iterations());
+    st.counters["lib_GBps"] = b / ours / 1e9;
+    st.counters["gfortran_GBps"] = b / theirs / 1e9;
+    st.counters["x_gfortran"] = theirs / ours;
+}
+template <class C>
+void add(const std::string& name, std::initializer_list<int64_t> sizes) {
+    for (auto* b : {benchmark::RegisterBenchmark((name + "_lib").c_str(), alone<C>, true),
+                    benchmark::RegisterBenchmark((name + "_gfortran").c_str(), alone<C>, false),
+                    benchmark::RegisterBenchmark((name + "_alt").c_str(), alternate<C>)}) {
+        for (int64_t n : sizes) b->Arg(n);
+        b->Unit(benchmark::kMillisecond);
+    }
+}
+
+// A whole-array reduction of n elements of T (data kind `kind`, see data())
+// with a scalar result of type R, or a MAXLOC/MINLOC one (Loc).
+template <class T, class R, int Kind, void (*Lib)(ArgList*), void (*Peer)(const T*, const int32_t*, const int32_t*, R*),
+          bool Loc = false>
+struct Whole {
+    const T* a;
+    int64_t n;
+    int32_t n32;
+    explicit Whole(int64_t size) : a(data<T>(size, Kind).data()), n(size), n32(static_cast<int32_t>(size)) {}
+    void lib() {
+        if constexpr (Loc) benchmark::DoNotOptimize(call_loc<T>(Lib, a, n));
+        else benchmark::DoNotOptimize(call_lib<T, R>(Lib, a, n));
+    }
+    void peer() {
+        R r;
+        Peer(a, &n32, &kOne, &r);
         benchmark::DoNotOptimize(r);
     }
-    st.SetBytesProcessed(st.iterations() * n * 8);
-}
-BENCHMARK(BM_SumR8_lib)->Arg(10000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_SumR8_gfortran)->Arg(10000000)->Unit(benchmark::kMillisecond);
+    int64_t bytes() const { return n * static_cast<int64_t>(sizeof(T)); }
+};
 
 const Store<double>& second(int64_t n) {
     static Store<double> b;
@@ -201,90 +219,99 @@ const Store<double>& second(int64_t n) {
     }
     return b;
 }
-void BM_DotR8_lib(benchmark::State& st) {
-    const int64_t n = st.range(0);
-    const auto& v = data<double>(n, 2);
-    const auto& b = second(n);
-    Desc da(const_cast<double*>(v.data()), 8, {static_cast<int32_t>(n)});
-    Desc db(b.data(), 8, {static_cast<int32_t>(n)});
+
+struct DotR8 {
+    const double* a;
+    double* b;
+    int64_t n;
+    int32_t n32;
+    Desc da, db;
     ArgList args{};
-    args.Presence = F90_PRESENT_ARG1 | F90_PRESENT_ARG2;
-    args.ARG1.w[0] = reinterpret_cast<F90Word>(da.get());
-    args.ARG2.w[0] = reinterpret_cast<F90Word>(db.get());
-    for (auto _ : st) {
+    explicit DotR8(int64_t size)
+        : a(data<double>(size, 2).data()),
+          b(second(size).data()),
+          n(size),
+          n32(static_cast<int32_t>(size)),
+          da(const_cast<double*>(a), 8, {n32}),
+          db(b, 8, {n32}) {
+        args.Presence = F90_PRESENT_ARG1 | F90_PRESENT_ARG2;
+        args.ARG1.w[0] = reinterpret_cast<F90Word>(da.get());
+        args.ARG2.w[0] = reinterpret_cast<F90Word>(db.get());
+    }
+    void lib() {
         f90_dotprr8(&args);
         benchmark::DoNotOptimize(args.Result.w[0]);
     }
-    st.SetBytesProcessed(st.iterations() * n * 16);
-}
-void BM_DotR8_gfortran(benchmark::State& st) {
-    const int64_t n = st.range(0);
-    const int32_t n32 = static_cast<int32_t>(n);
-    const auto& v = data<double>(n, 2);
-    const auto& b = second(n);
-    for (auto _ : st) {
+    void peer() {
         double r;
-        peer_dot_r8_(v.data(), b.data(), &n32, &r);
+        peer_dot_r8_(a, b, &n32, &r);
         benchmark::DoNotOptimize(r);
     }
-    st.SetBytesProcessed(st.iterations() * n * 16);
-}
-BENCHMARK(BM_DotR8_lib)->Arg(10000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_DotR8_gfortran)->Arg(10000000)->Unit(benchmark::kMillisecond);
+    int64_t bytes() const { return n * 16; }
+};
 
-// SUM(A, DIM=d) of a 4000 x 4000 REAL(8) (range(0) = d).
-void BM_SumDimR8_lib(benchmark::State& st) {
-    const int32_t n = 4000, dim = static_cast<int32_t>(st.range(0));
-    const auto& v = data<double>(int64_t{n} * n, 2);
-    std::vector<double> r(n);
-    Desc da(const_cast<double*>(v.data()), 8, {n, n});
-    Desc dr(r.data(), 8, {n});
+// SUM(A, DIM=d) of a 4000 x 4000 REAL(8) (the size given is d).
+struct SumDimR8 {
+    static constexpr int32_t n = 4000;
+    int32_t dim;
+    const double* a;
+    std::vector<double> r;
+    Desc da, dr;
     ArgList args{};
-    args.Presence = F90_PRESENT_RESULT | F90_PRESENT_ARG1 | F90_PRESENT_ARG2;
-    args.Result.w[0] = reinterpret_cast<F90Word>(dr.get());
-    args.ARG1.w[0] = reinterpret_cast<F90Word>(da.get());
-    std::memcpy(args.ARG2.bytes, &dim, 4);
-    for (auto _ : st) {
+    explicit SumDimR8(int64_t d)
+        : dim(static_cast<int32_t>(d)),
+          a(data<double>(int64_t{n} * n, 2).data()),
+          r(n),
+          da(const_cast<double*>(a), 8, {n, n}),
+          dr(r.data(), 8, {n}) {
+        args.Presence = F90_PRESENT_RESULT | F90_PRESENT_ARG1 | F90_PRESENT_ARG2;
+        args.Result.w[0] = reinterpret_cast<F90Word>(dr.get());
+        args.ARG1.w[0] = reinterpret_cast<F90Word>(da.get());
+        std::memcpy(args.ARG2.bytes, &dim, 4);
+    }
+    void lib() {
         f90_sumr8(&args);
         benchmark::DoNotOptimize(r.data());
     }
-    st.SetBytesProcessed(st.iterations() * int64_t{n} * n * 8);
-}
-void BM_SumDimR8_gfortran(benchmark::State& st) {
-    const int32_t n = 4000, dim = static_cast<int32_t>(st.range(0));
-    const auto& v = data<double>(int64_t{n} * n, 2);
-    std::vector<double> r(n);
-    for (auto _ : st) {
-        peer_sum_dim_r8_(v.data(), &n, &dim, r.data());
+    void peer() {
+        peer_sum_dim_r8_(a, &n, &dim, r.data());
         benchmark::DoNotOptimize(r.data());
     }
-    st.SetBytesProcessed(st.iterations() * int64_t{n} * n * 8);
-}
-BENCHMARK(BM_SumDimR8_lib)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_SumDimR8_gfortran)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+    int64_t bytes() const { return int64_t{n} * n * 8; }
+};
 
 // SUM(A, MASK=M), M 50% random.
-void BM_MaskedSumR8_lib(benchmark::State& st) {
-    const int64_t n = st.range(0);
-    const auto& v = data<double>(n, 2);
-    const auto& m = data<int32_t>(n, 1);
-    for (auto _ : st) benchmark::DoNotOptimize(call_lib<double, double>(f90_sumr8, v.data(), n, m.data()));
-    st.SetBytesProcessed(st.iterations() * n * 12);
-}
-void BM_MaskedSumR8_gfortran(benchmark::State& st) {
-    const int64_t n = st.range(0);
-    const int32_t n32 = static_cast<int32_t>(n);
-    const auto& v = data<double>(n, 2);
-    const auto& m = data<int32_t>(n, 1);
-    for (auto _ : st) {
+struct MaskedSumR8 {
+    const double* a;
+    const int32_t* m;
+    int64_t n;
+    int32_t n32;
+    explicit MaskedSumR8(int64_t size)
+        : a(data<double>(size, 2).data()), m(data<int32_t>(size, 1).data()), n(size), n32(static_cast<int32_t>(size)) {}
+    void lib() { benchmark::DoNotOptimize(call_lib<double, double>(f90_sumr8, a, n, m)); }
+    void peer() {
         double r;
-        peer_msum_r8_(v.data(), m.data(), &n32, &kOne, &r);
+        peer_msum_r8_(a, m, &n32, &kOne, &r);
         benchmark::DoNotOptimize(r);
     }
-    st.SetBytesProcessed(st.iterations() * n * 12);
-}
-BENCHMARK(BM_MaskedSumR8_lib)->Arg(10000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_MaskedSumR8_gfortran)->Arg(10000000)->Unit(benchmark::kMillisecond);
+    int64_t bytes() const { return n * 12; }
+};
+
+// Registered before main runs, in this order.
+const bool kRegistered = [] {
+    const std::initializer_list<int64_t> big = {10000000, 100000000};
+    add<Whole<int32_t, int32_t, 0, f90_sumi4, peer_sum_i4_>>("BM_SumI4", big);
+    add<Whole<int32_t, int32_t, 1, f90_count4, peer_count_l4_>>("BM_CountL4", big);
+    add<Whole<int32_t, int32_t, 0, f90_maxvali4, peer_maxval_i4_>>("BM_MaxvalI4", big);
+    add<Whole<int32_t, int32_t, 0, f90_maxloci4, peer_maxloc_i4_, true>>("BM_MaxlocI4", big);
+    add<Whole<double, double, 2, f90_maxvalr8, peer_maxval_r8_>>("BM_MaxvalR8", big);
+    add<Whole<double, int32_t, 2, f90_minlocr8, peer_minloc_r8_, true>>("BM_MinlocR8", big);
+    add<Whole<double, double, 2, f90_sumr8, peer_sum_r8_>>("BM_SumR8", {10000000});
+    add<DotR8>("BM_DotR8", {10000000});
+    add<SumDimR8>("BM_SumDimR8", {1, 2});
+    add<MaskedSumR8>("BM_MaskedSumR8", {10000000});
+    return true;
+}();
 
 }  // namespace
 

@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "reduce/simd.h"
 #include "reduce_support.h"
 
 namespace rtest {
@@ -82,8 +83,8 @@ TEST(Streams, IntegerSumsAndCounts) {
         }
 }
 
-// One extreme planted at places that fall in the head, at the start and end
-// of each quarter (where the streams meet), and in the tail.
+// One extreme planted at places that fall in the head, at the quarters (the
+// middle one is where the two streams meet), and in the tail.
 std::vector<int64_t> spots(int32_t n) {
     std::vector<int64_t> s = {0, 1, 15, n - 1, n - 2, n - 17};
     for (int q = 1; q < 4; ++q)
@@ -132,6 +133,72 @@ TEST(Streams, ExtremesAndLocations) {
     }
 }
 
+
+// The entry points run the widest vectors the processor has; here every
+// narrower width it can run is checked as well, on the kernels themselves:
+// extremes with and without NaNs, counts and wrapping sums and products,
+// against plain loops, over lengths that stream or not and odd offsets.
+template <class T>
+std::vector<T> values(std::mt19937_64& rng, int64_t n) {
+    std::vector<T> v(static_cast<size_t>(n));
+    for (auto& x : v) {
+        if constexpr (std::is_floating_point_v<T>) x = static_cast<T>(static_cast<int64_t>(rng() % 20001) - 10000) / 8;
+        else x = static_cast<T>(rng() % 3 == 0 ? 0 : rng());
+    }
+    return v;
+}
+TEST(Streams, EveryVectorWidth) {
+    namespace simd = intrins::reduce::simd;
+    std::mt19937_64 rng(24);
+    std::vector<char> store((int64_t{1} << 18) * 8 + 256);
+    char* line = store.data() + (64 - reinterpret_cast<std::uintptr_t>(store.data()) % 64);
+    for (int bytes : {16, 32, 64}) {
+        if (bytes > simd::widest()) continue;
+        for (int64_t n : {int64_t{0}, int64_t{1}, int64_t{7}, int64_t{70}, (int64_t{1} << 17) + 61}) {
+            for (int off : {0, 8, 3}) {
+                char* p = line + off;
+                const auto d = values<double>(rng, n);
+                std::memcpy(p, d.data(), d.size() * 8);
+                double mx = -INFINITY, mn = INFINITY;
+                for (double x : d) mx = std::max(mx, x), mn = std::min(mn, x);
+                auto hi = simd::run<simd::ExtremeLanes<double, true>::At>(p, n, bytes);
+                auto lo = simd::run<simd::ExtremeLanes<double, false>::At>(p, n, bytes);
+                EXPECT_EQ(hi.value, mx) << bytes << " " << n << " +" << off;
+                EXPECT_EQ(lo.value, mn) << bytes << " " << n << " +" << off;
+                EXPECT_FALSE(hi.nan || lo.nan) << bytes << " " << n << " +" << off;
+                if (n > 0) {
+                    put<double>(p, n * 2 / 3, std::numeric_limits<double>::quiet_NaN());
+                    double m2 = -INFINITY;
+                    for (int64_t i = 0; i < n; ++i)
+                        if (i != n * 2 / 3) m2 = std::max(m2, d[static_cast<size_t>(i)]);
+                    hi = simd::run<simd::ExtremeLanes<double, true>::At>(p, n, bytes);
+                    EXPECT_TRUE(hi.nan) << bytes << " " << n << " +" << off;
+                    EXPECT_EQ(hi.value, m2) << bytes << " " << n << " +" << off;
+                }
+
+                const auto w = values<uint64_t>(rng, n);
+                std::memcpy(p, w.data(), w.size() * 8);
+                uint64_t sum = 0, prod = 1;
+                uint32_t nonzero8 = 0, nonzero4 = 0;
+                int32_t top = std::numeric_limits<int32_t>::min();
+                for (uint64_t x : w) sum += x, prod *= x | 1, nonzero8 += x != 0;
+                for (int64_t i = 0; i < 2 * n; ++i) {
+                    uint32_t x;
+                    std::memcpy(&x, p + i * 4, 4);
+                    nonzero4 += x != 0;
+                    top = std::max(top, static_cast<int32_t>(x));
+                }
+                EXPECT_EQ((simd::run<simd::FoldLanes<uint64_t, uint64_t, simd::Op::Sum>::At>(p, n, bytes)), sum);
+                EXPECT_EQ((simd::run<simd::FoldLanes<uint64_t, uint32_t, simd::Op::Tally>::At>(p, n, bytes)), nonzero8);
+                EXPECT_EQ((simd::run<simd::FoldLanes<uint32_t, uint32_t, simd::Op::Tally>::At>(p, 2 * n, bytes)), nonzero4);
+                EXPECT_EQ((simd::run<simd::ExtremeLanes<int32_t, true>::At>(p, 2 * n, bytes).value), top);
+                for (int64_t i = 0; i < n; ++i) put<uint64_t>(p, i, w[static_cast<size_t>(i)] | 1);
+                EXPECT_EQ((simd::run<simd::FoldLanes<uint64_t, uint64_t, simd::Op::Product>::At>(p, n, bytes)), prod)
+                    << bytes << " " << n << " +" << off;
+            }
+        }
+    }
+}
 
 // ALL and ANY of long LOGICAL(4) and LOGICAL(8) vectors, tallied a chunk at
 // a time: the one deciding element placed in the first, a middle and the
