@@ -496,10 +496,10 @@ struct Tiled {
                 for (int t = 0; t < L; ++t) s[g] = s[g] + r[t];
             }
         }
-        for (; k < kl; ++k)
+        const char* bk = bj + std::ptrdiff_t{k} * S;
+        for (int t = 0; t < kl % L; ++t, bk += S)  // k = kl - kl % L here
             for (int g = 0; g < G; ++g)
-                for (int c = 0; c < L; ++c)
-                    s[g][c] = Ar::fma(s[g][c], av[k], Ar::load(bj + (g * L + c) * cstep + k * S));
+                for (int c = 0; c < L; ++c) s[g][c] = Ar::fma(s[g][c], av[k + t], Ar::load(bk + (g * L + c) * cstep));
         std::memcpy(out, s, sizeof s);
     }
 

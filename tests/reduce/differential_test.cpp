@@ -40,7 +40,9 @@ std::string driver_source() {
          "  case (3)\n   a3 = reshape(v, e(1:3))\n   m3 = reshape(mv /= 0, e(1:3))\n  end select\n"
          "  select case (rk * 100 + op)\n";
     for (int rk = 1; rk <= 3; ++rk) {
-        std::string a = "a" + std::to_string(rk), m = "m" + std::to_string(rk);
+        std::string a = "a", m = "m";  // appended, not "a" + ...: GCC 12 warns wrongly about that on 32-bit
+        a += std::to_string(rk);
+        m += std::to_string(rk);
         for (int op = SUM; op <= ANY; ++op) {
             std::string fn = kFortranName[op];
             bool logical = op >= COUNT;
