@@ -158,7 +158,7 @@ TEST(Streams, EveryVectorWidth) {
             for (int off : {0, 8, 3}) {
                 char* p = line + off;
                 const auto d = values<double>(rng, n);
-                std::memcpy(p, d.data(), d.size() * 8);
+                if (n > 0) std::memcpy(p, d.data(), d.size() * 8);
                 double mx = -INFINITY, mn = INFINITY;
                 for (double x : d) mx = std::max(mx, x), mn = std::min(mn, x);
                 auto hi = simd::run<simd::ExtremeLanes<double, true>::At>(p, n, bytes);
@@ -177,7 +177,7 @@ TEST(Streams, EveryVectorWidth) {
                 }
 
                 const auto w = values<uint64_t>(rng, n);
-                std::memcpy(p, w.data(), w.size() * 8);
+                if (n > 0) std::memcpy(p, w.data(), w.size() * 8);
                 uint64_t sum = 0, prod = 1;
                 uint32_t nonzero8 = 0, nonzero4 = 0;
                 int32_t top = std::numeric_limits<int32_t>::min();
