@@ -107,12 +107,13 @@ const Store<T>& data(int64_t n, int kind) {
     return v;
 }
 
-// Calls a whole-array entry point of the library on a (and m), scalar result.
-template <class T, class R>
-R call_lib(void (*fn)(ArgList*), const T* a, int64_t n, const int32_t* m = nullptr, int32_t rsize = sizeof(R)) {
+// Calls a whole-array entry point of the library on a (and m): a scalar
+// result, or for MAXLOC/MINLOC (Loc) a one-element vector.
+template <class T, class R, bool Loc = false>
+R call_lib(void (*fn)(ArgList*), const T* a, int64_t n, const int32_t* m = nullptr) {
     Desc da(const_cast<T*>(a), sizeof(T), {static_cast<int32_t>(n)});
     R r{};
-    Desc dr(&r, rsize, {});
+    Desc dr = Loc ? Desc(&r, sizeof(R), {1}) : Desc(&r, sizeof(R), {});
     ArgList args{};
     args.Presence = F90_PRESENT_RESULT | F90_PRESENT_ARG1;
     args.Result.w[0] = reinterpret_cast<F90Word>(dr.get());
@@ -122,20 +123,6 @@ R call_lib(void (*fn)(ArgList*), const T* a, int64_t n, const int32_t* m = nullp
         args.Presence |= F90_PRESENT_ARG3;
         args.ARG3.w[0] = reinterpret_cast<F90Word>(dm.get());
     }
-    fn(&args);
-    return r;
-}
-
-// MAXLOC/MINLOC: the result is a one-element vector.
-template <class T>
-int32_t call_loc(void (*fn)(ArgList*), const T* a, int64_t n) {
-    Desc da(const_cast<T*>(a), sizeof(T), {static_cast<int32_t>(n)});
-    int32_t r = 0;
-    Desc dr(&r, 4, {1});
-    ArgList args{};
-    args.Presence = F90_PRESENT_RESULT | F90_PRESENT_ARG1;
-    args.Result.w[0] = reinterpret_cast<F90Word>(dr.get());
-    args.ARG1.w[0] = reinterpret_cast<F90Word>(da.get());
     fn(&args);
     return r;
 }
@@ -198,8 +185,7 @@ struct Whole {
     int32_t n32;
     explicit Whole(int64_t size) : a(data<T>(size, Kind).data()), n(size), n32(static_cast<int32_t>(size)) {}
     void lib() {
-        if constexpr (Loc) benchmark::DoNotOptimize(call_loc<T>(Lib, a, n));
-        else benchmark::DoNotOptimize(call_lib<T, R>(Lib, a, n));
+        benchmark::DoNotOptimize(call_lib<T, R, Loc>(Lib, a, n));
     }
     void peer() {
         R r;

@@ -259,8 +259,9 @@ void fold_dim(const DimNest& n) {
                 k = 1, a += n.astep, m += n.mstep;
             }
             // G DIM positions per pass over the block: each accumulator still
-            // takes its elements in DIM order.  Adjacent result elements take
-            // kGroup at a time, so each is loaded and stored once per group.
+            // takes its elements in DIM order.  Adjacent result elements (the
+            // contiguous step, a compile-time constant) take kGroup at a
+            // time, so each is loaded and stored once per group.
             auto pass = [&](auto group) {
                 constexpr int32_t G = decltype(group)::value;
                 for (int32_t j = 0; j < b; ++j) {
@@ -272,7 +273,8 @@ void fold_dim(const DimNest& n) {
                 }
                 k += G, a += G * n.astep, m += G * n.mstep;
             };
-            if constexpr (!std::is_integral_v<decltype(step)>)
+            constexpr bool adjacent = !std::is_integral_v<decltype(step)>;
+            if constexpr (adjacent)
                 while (k + kGroup <= n.len) pass(std::integral_constant<int32_t, kGroup>{});
             while (k < n.len) pass(std::integral_constant<int32_t, 1>{});
             for (int32_t j = 0; j < b; ++j) P::put(p[2] + (j0 + j) * s[2], acc[j]);

@@ -133,7 +133,6 @@ TEST(Streams, ExtremesAndLocations) {
     }
 }
 
-
 // The entry points run the widest vectors the processor has; here every
 // narrower width it can run is checked as well, on the kernels themselves:
 // extremes with and without NaNs, counts and wrapping sums and products,
@@ -261,7 +260,6 @@ TEST(Streams, IntegerProducts) {
         EXPECT_EQ(r8.value(), 0u) << n;
     }
 }
-
 
 // Strictly ordered REAL sums and dot products of short lengths (every tail
 // of an unrolled loop) and a few longer ones: values whose sum depends on
