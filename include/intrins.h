@@ -38,6 +38,15 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/* INTRINS_VERSION ("1.0.0") and INTRINS_VERSION_MAJOR, _MINOR, _PATCH come from
+   intrins/version.h, which the build makes and installs beside this header.
+   Straight from the source tree the header works without them. */
+#if defined(__has_include)
+#if __has_include("intrins/version.h")
+#include "intrins/version.h"
+#endif
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif
