@@ -2,7 +2,8 @@
 # make check  - install what is missing, build and test the 64-bit, 32-bit and
 #               sanitizer builds, cross-build the Windows DLLs, check exports
 # make bench  - benchmarks side by side with GNU Fortran and OpenBLAS
-.PHONY: demo check bench test-% mingw clean
+# make package - Debian packages (runtime, dev) and a zip of the Windows DLLs
+.PHONY: demo check bench test-% mingw clean package
 
 SHELL := /bin/bash
 EXPORTS := src/intrins.exports
@@ -35,6 +36,16 @@ bench:
 	cmake --preset bench > /dev/null
 	cmake --build --preset bench
 	@for b in build/bench/bench/bench_*; do [ -x "$$b" ] && "$$b" $(BENCH_ARGS); done
+
+package:
+	tools/install-deps package
+	cmake --preset default > /dev/null
+	cmake --build --preset default --target intrins_install_set
+	cpack --config build/default/CPackConfig.cmake
+	cmake --preset mingw-x86 > /dev/null
+	cmake --build --preset mingw-x86 --target intrins_install_set
+	cpack --config build/mingw-x86/CPackConfig.cmake
+	@ls build/default/packages/*.deb build/mingw-x86/packages/*.zip
 
 clean:
 	rm -rf build

@@ -44,12 +44,19 @@ install(FILES "${PROJECT_BINARY_DIR}/intrinsConfig.cmake" "${PROJECT_BINARY_DIR}
   DESTINATION "${INTRINS_CMAKE_DIR}" COMPONENT dev)
 
 # intrins.pc names the prefix it is installed under, which is known only when
-# installing (cmake --install --prefix, cpack).
-set(INTRINS_PC_PREFIX "@INTRINS_PC_PREFIX@")
-configure_file(cmake/intrins.pc.in "${PROJECT_BINARY_DIR}/intrins.pc.in" @ONLY)
-install(CODE "set(INTRINS_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
-  configure_file(\"${PROJECT_BINARY_DIR}/intrins.pc.in\" \"${PROJECT_BINARY_DIR}/intrins.pc\" @ONLY)"
-  COMPONENT dev)
+# installing (cmake --install --prefix, cpack).  The Windows zip unpacks
+# anywhere: there the prefix is found from the file's own place.
+if(WIN32)
+  file(RELATIVE_PATH INTRINS_PC_PREFIX "/p/${CMAKE_INSTALL_LIBDIR}/pkgconfig" /p)
+  string(REGEX REPLACE "/$" "" INTRINS_PC_PREFIX "\${pcfiledir}/${INTRINS_PC_PREFIX}")
+  configure_file(cmake/intrins.pc.in "${PROJECT_BINARY_DIR}/intrins.pc" @ONLY)
+else()
+  set(INTRINS_PC_PREFIX "@INTRINS_PC_PREFIX@")
+  configure_file(cmake/intrins.pc.in "${PROJECT_BINARY_DIR}/intrins.pc.in" @ONLY)
+  install(CODE "set(INTRINS_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
+    configure_file(\"${PROJECT_BINARY_DIR}/intrins.pc.in\" \"${PROJECT_BINARY_DIR}/intrins.pc\" @ONLY)"
+    COMPONENT dev)
+endif()
 install(FILES "${PROJECT_BINARY_DIR}/intrins.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT dev)
 
 # Windows: the module-definition files beside the import libraries, for
@@ -108,6 +115,8 @@ else()
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${INTRINS_RUNTIME_PACKAGE}")
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+  set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${CPACK_PACKAGE_DESCRIPTION_SUMMARY}
+ The shared libraries libintrinsMD and libzamtf90md.")
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
   set(CPACK_DEBIAN_DEV_PACKAGE_NAME libintrins-dev)
