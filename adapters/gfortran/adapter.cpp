@@ -6,7 +6,7 @@
 // work to the library's entry point with a caller-supplied result, and passes
 // every call it cannot serve with libgfortran's results to the next
 // definition of the symbol (dlsym(RTLD_NEXT)): descriptors the 32-bit
-// ArrDesc cannot hold, span != elem_len, CHARACTER and derived elements,
+// ArrDesc cannot hold, CHARACTER and derived elements,
 // BACK=.TRUE., MASKs of another kind than LOGICAL(4), and the cases whose
 // rules differ (the README lists them).
 //
@@ -110,11 +110,12 @@ int64_t size_of(const GDesc* g) {
 bool plain(const GDesc* g) { return g->type != kDerived && g->type != kCharacter; }
 
 // The one conversion: an ArrDesc (lower bounds 1) over g's elements, or false
-// when the 32-bit descriptor cannot describe them or they are not elem_len
-// bytes per stride unit.
+// when the 32-bit descriptor cannot describe them.  Strides count elem_len
+// bytes, as in libgfortran's array routines, which never read `span`
+// (gfortran 12 leaves it unset in allocatable descriptors and hands these
+// routines packed copies where it would matter).
 bool view(const GDesc* g, ArrDesc& d, size_t want_elem = 0) {
-    if (!g || g->rank < 0 || g->rank > F90_MAXDIM || g->span != static_cast<Index>(g->elem_len) ||
-        g->elem_len == 0 || g->elem_len > 64 || (want_elem && g->elem_len != want_elem))
+    if (!g || g->rank < 0 || g->rank > F90_MAXDIM || g->elem_len == 0 || g->elem_len > 64 || (want_elem && g->elem_len != want_elem))
         return false;
     std::memset(&d, 0, sizeof d);
     const int64_t el = static_cast<int64_t>(g->elem_len);
