@@ -255,18 +255,40 @@ bool matmul(LibFn f, GDesc* r, GDesc* a, GDesc* b, int try_blas) {
 
 // ---- reductions ----
 
-// A mask operand: an array of LOGICAL(4) or a scalar LOGICAL(4).
+// A MASK operand: a LOGICAL array of any kind, or a scalar LOGICAL(4).
+// Passed as a temporary (const&), it owns the copy view_mask may make.
 struct Mask {
     const GDesc* array = nullptr;
     const L4* scalar = nullptr;
+    mutable int32_t* copy = nullptr;
     bool none() const { return !array && !scalar; }
+    ~Mask() { std::free(copy); }
 };
 
+// The MASK as the library reads it, 4-byte words of like's shape: LOGICAL(4)
+// arrays in place, other kinds copied to packed words holding the truth of
+// each element's low byte (the byte libgfortran tests).
 bool view_mask(const Mask& m, const GDesc* like, ArrDesc& md) {
     if (m.scalar) return md = scalar(m.scalar, 4), true;
-    if (!view(m.array, md, 4) || m.array->rank != like->rank) return false;
+    if (!m.array || m.array->rank != like->rank || !view(m.array, md)) return false;
     for (int d = 0; d < like->rank; ++d)
         if (extent(m.array, d) != extent(like, d)) return false;
+    if (md.ELSIZE == 4) return true;
+    m.copy = static_cast<int32_t*>(std::malloc(sizeof(int32_t) * (md.EXTENT > 0 ? md.EXTENT : 1)));
+    if (!m.copy) return false;
+    int32_t* w = m.copy;
+    each(md, [&](char* p) { *w++ = *p != 0; });
+    md.ELSIZE = md.SCALEFACTOR = 4;
+    md.NONCONTIG = 0;
+    int32_t stride = 1;
+    uintptr_t back = 0;
+    for (int d = 0; d < md.RANK; ++d) {
+        md.DIM[d].STRIDE = stride;
+        back += uintptr_t{4} * static_cast<uint32_t>(stride);
+        stride *= md.DIM[d].UPPER;
+    }
+    md.BASE = reinterpret_cast<char*>(m.copy);
+    md.ZERO = reinterpret_cast<char*>(reinterpret_cast<uintptr_t>(m.copy) - back);
     return true;
 }
 
@@ -280,8 +302,28 @@ bool dim_result(GDesc* r, const GDesc* a, Index dim, ArrDesc& rd) {
     return result(r, n, ext, rd, true);
 }
 
+// A result element libgfortran may decide otherwise, or nullptr for none.
+using Suspect = bool (*)(const char*);
+
+// MAXVAL of a REAL kind agrees with libgfortran's wherever a run's first
+// selected element is a number above the start value -HUGE: a run that
+// starts with a NaN reads NaN here (libgfortran skips NaNs), and one with
+// nothing selected above -HUGE reads -HUGE (libgfortran: -Inf, or NaN when
+// all are NaN).  Calls with such a result go to libgfortran again.
+template <class T>
+bool maxval_suspect(const char* p) {
+    constexpr T huge = std::is_same_v<T, float>         ? __FLT_MAX__
+                       : std::is_same_v<T, double>      ? __DBL_MAX__
+                       : std::is_same_v<T, long double> ? __LDBL_MAX__
+                                                        : 1.18973149535723176508575932662800702e4932Q;
+    T v;
+    std::memcpy(&v, p, sizeof v);
+    return v != v || v == -huge;
+}
+
 // SUM, PRODUCT, MAXVAL, MINVAL, COUNT, ANY, ALL along DIM (elem: ARRAY's element size).
-bool reduce_dim(LibFn f, size_t elem, GDesc* r, const GDesc* a, const Index* dim, Mask m) {
+bool reduce_dim(LibFn f, size_t elem, GDesc* r, const GDesc* a, const Index* dim, const Mask& m,
+                Suspect suspect = nullptr) {
     ArrDesc ad, md, rd;
     if (!view(a, ad, elem) || !dim || (!m.none() && !view_mask(m, a, md))) return false;
     if (!dim_result(r, a, *dim, rd)) return false;
@@ -289,14 +331,16 @@ bool reduce_dim(LibFn f, size_t elem, GDesc* r, const GDesc* a, const Index* dim
     c.desc(0, &rd), c.desc(1, &ad), c.value(2, static_cast<int32_t>(*dim));
     if (!m.none()) c.desc(3, &md);
     c.call(f);
-    return true;
+    bool agreed = true;
+    if (suspect) each(rd, [&](char* p) { agreed = agreed && !suspect(p); });
+    return agreed;
 }
 
 // MAXLOC and MINLOC.  The library answers like libgfortran wherever it finds
 // a position; where it finds none (empty or fully masked selection, or one
 // whose elements all equal the start value) libgfortran decides: such a
 // call is forwarded after the fact, overwriting the result.
-bool loc(LibFn f, size_t elem, GDesc* r, const GDesc* a, const Index* dim, Mask m, L4 back) {
+bool loc(LibFn f, size_t elem, GDesc* r, const GDesc* a, const Index* dim, const Mask& m, L4 back) {
     ArrDesc ad, md, rd;
     if (back || !view(a, ad, elem) || (!m.none() && !view_mask(m, a, md))) return false;
     Args c;
@@ -390,7 +434,7 @@ bool reshape(GDesc* r, const GDesc* src, const GDesc* shape, const GDesc* pad, c
 }
 
 // PACK with an array or a scalar MASK.
-bool pack(GDesc* r, const GDesc* a, Mask m, const GDesc* vec) {
+bool pack(GDesc* r, const GDesc* a, const Mask& m, const GDesc* vec) {
     ArrDesc ad, md, vd, rd;
     if (!plain(a) || !view(a, ad) || !view_mask(m, a, md)) return false;
     if (vec && !view(vec, vd, a->elem_len)) return false;
@@ -418,7 +462,8 @@ bool pack(GDesc* r, const GDesc* a, Mask m, const GDesc* vec) {
 // UNPACK with an array FIELD (field_array) or a scalar one.
 bool unpack(GDesc* r, const GDesc* vec, const GDesc* mask, const GDesc* field_array, const char* field) {
     ArrDesc vd, md, fd, rd;
-    if (!plain(vec) || !view(vec, vd) || !view(mask, md, 4)) return false;
+    const Mask m{mask};
+    if (!plain(vec) || !view(vec, vd) || !view_mask(m, mask, md)) return false;
     if (field_array) {
         if (!view(field_array, fd, vec->elem_len) || field_array->rank != mask->rank) return false;
         for (int d = 0; d < mask->rank; ++d)
@@ -522,22 +567,30 @@ MATMUL_NUMERIC(DEF_MATMUL)
 MATMUL_LOGICAL(DEF_MATMUL_L)
 
 // SUM, PRODUCT, MAXVAL, MINVAL (and their m, s forms): gfortran name,
-// element size, library function or `never` (forwarded always).
-#define REDUCTIONS(X)                                                                          \
-    X(sum_i1, 1, f90_sumi1) X(sum_i2, 2, f90_sumi2) X(sum_i4, 4, f90_sumi4) X(sum_i8, 8, f90_sumi8) \
-    X(sum_r4, 4, f90_sumr4) X(sum_r8, 8, f90_sumr8) X(sum_r10, 16, f90_sumr10)                   \
-    X(sum_r16, 16, f90_sumr16) X(sum_c4, 8, f90_sumc8) X(sum_c8, 16, f90_sumc16)                 \
-    X(sum_c10, 32, f90_sumc20) X(sum_c16, 32, f90_sumc32)                                        \
-    X(product_i1, 1, f90_prodi1) X(product_i2, 2, f90_prodi2) X(product_i4, 4, f90_prodi4)       \
-    X(product_i8, 8, f90_prodi8) X(product_r4, 4, never) X(product_r8, 8, f90_prodr8)            \
-    X(product_r10, 16, f90_prodr10) X(product_r16, 16, f90_prodr16) X(product_c4, 8, never)     \
-    X(product_c8, 16, never) X(product_c10, 32, never) X(product_c16, 32, never)                 \
-    X(maxval_i1, 1, f90_maxvali1) X(maxval_i2, 2, f90_maxvali2) X(maxval_i4, 4, f90_maxvali4)    \
-    X(maxval_i8, 8, f90_maxvali8) X(maxval_r4, 4, never) X(maxval_r8, 8, never)                  \
-    X(maxval_r10, 16, never) X(maxval_r16, 16, never)                                            \
-    X(minval_i1, 1, f90_minvali1) X(minval_i2, 2, f90_minvali2) X(minval_i4, 4, f90_minvali4)    \
-    X(minval_i8, 8, f90_minvali8) X(minval_r4, 4, never) X(minval_r8, 8, never)                  \
-    X(minval_r10, 16, never) X(minval_r16, 16, never)
+// element size, library function or `never` (forwarded always), the check of
+// the result (nullptr: none).
+#define REDUCTIONS(X)                                                                               \
+    X(sum_i1, 1, f90_sumi1, nullptr) X(sum_i2, 2, f90_sumi2, nullptr) X(sum_i4, 4, f90_sumi4, nullptr) \
+    X(sum_i8, 8, f90_sumi8, nullptr) X(sum_r4, 4, f90_sumr4, nullptr) X(sum_r8, 8, f90_sumr8, nullptr) \
+    X(sum_r10, 16, f90_sumr10, nullptr) X(sum_r16, 16, f90_sumr16, nullptr)                           \
+    X(sum_c4, 8, f90_sumc8, nullptr) X(sum_c8, 16, f90_sumc16, nullptr)                               \
+    X(sum_c10, 32, f90_sumc20, nullptr) X(sum_c16, 32, f90_sumc32, nullptr)                           \
+    X(product_i1, 1, f90_prodi1, nullptr) X(product_i2, 2, f90_prodi2, nullptr)                       \
+    X(product_i4, 4, f90_prodi4, nullptr) X(product_i8, 8, f90_prodi8, nullptr)                       \
+    X(product_r4, 4, never, nullptr) X(product_r8, 8, f90_prodr8, nullptr)                            \
+    X(product_r10, 16, f90_prodr10, nullptr) X(product_r16, 16, f90_prodr16, nullptr)                 \
+    X(product_c4, 8, never, nullptr) X(product_c8, 16, never, nullptr)                                \
+    X(product_c10, 32, never, nullptr) X(product_c16, 32, never, nullptr)                             \
+    X(maxval_i1, 1, f90_maxvali1, nullptr) X(maxval_i2, 2, f90_maxvali2, nullptr)                     \
+    X(maxval_i4, 4, f90_maxvali4, nullptr) X(maxval_i8, 8, f90_maxvali8, nullptr)                     \
+    X(maxval_r4, 4, f90_maxvalr4, maxval_suspect<float>)                                              \
+    X(maxval_r8, 8, f90_maxvalr8, maxval_suspect<double>)                                             \
+    X(maxval_r10, 16, f90_maxvalr10, maxval_suspect<long double>)                                     \
+    X(maxval_r16, 16, f90_maxvalr16, maxval_suspect<__float128>)                                      \
+    X(minval_i1, 1, f90_minvali1, nullptr) X(minval_i2, 2, f90_minvali2, nullptr)                     \
+    X(minval_i4, 4, f90_minvali4, nullptr) X(minval_i8, 8, f90_minvali8, nullptr)                     \
+    X(minval_r4, 4, never, nullptr) X(minval_r8, 8, never, nullptr) X(minval_r10, 16, never, nullptr) \
+    X(minval_r16, 16, never, nullptr)
 
 // The library function, or nullptr for `never`.
 template <class F>
@@ -547,18 +600,18 @@ constexpr LibFn lib(F f) {
 }
 #define SERVE_IF(fn, expr) (lib(fn) && (expr))
 
-#define DEF_REDUCE(name, el, fn)                                                                   \
+#define DEF_REDUCE(name, el, fn, check)                                                            \
     API _gfortran_##name(D r, D a, const Index* dim) {                                              \
         ENTRY(name);                                                                                \
-        run(e, [&] { return SERVE_IF(fn, reduce_dim(lib(fn), el, r, a, dim, {})); }, r, a, dim);    \
+        run(e, [&] { return SERVE_IF(fn, reduce_dim(lib(fn), el, r, a, dim, {}, check)); }, r, a, dim); \
     }                                                                                               \
     API _gfortran_m##name(D r, D a, const Index* dim, D mask) {                                     \
         ENTRY(m##name);                                                                             \
-        run(e, [&] { return SERVE_IF(fn, reduce_dim(lib(fn), el, r, a, dim, {mask})); }, r, a, dim, mask); \
+        run(e, [&] { return SERVE_IF(fn, reduce_dim(lib(fn), el, r, a, dim, {mask}, check)); }, r, a, dim, mask); \
     }                                                                                               \
     API _gfortran_s##name(D r, D a, const Index* dim, L4* mask) {                                   \
         ENTRY(s##name);                                                                             \
-        run(e, [&] { return SERVE_IF(fn, reduce_dim(lib(fn), el, r, a, dim, {nullptr, mask})); }, r, a, dim, mask); \
+        run(e, [&] { return SERVE_IF(fn, reduce_dim(lib(fn), el, r, a, dim, {nullptr, mask}, check)); }, r, a, dim, mask); \
     }
 REDUCTIONS(DEF_REDUCE)
 

@@ -65,6 +65,7 @@ program con
   n = count(mt)
   u = pack(t, mt, [ib, ib, ib])
   if (any(u(1:n) /= wp) .or. any(u(n + 1:) /= [(ib(1 + modulo(i - 1, 9)), i = n + 1, 27)]) .or. size(u) /= 27) stop 80
+  if (any(pack(ia(5:-2:-2, :), mt .and. t >= 0) /= wp) .or. any(unpack(wp, t >= 0 .and. mt, 0) /= merge(t, 0, mt))) stop 79
   if (size(pack(t, no)) /= 0 .or. any(pack(t, yes) /= [t]) .or. any(pack(t, no, ib) /= ib)) stop 81
   r = unpack(wp, mt, -1)
   if (any(pack(r, mt) /= wp) .or. any(merge(r, -1, mt) /= r)) stop 82

@@ -4,7 +4,7 @@
 ! are small integers, so every order of additions gives the exact result.
 ! LOGICAL(8) operands reach matmul_l4, which forwards them.
 ! serves: matmul_i1 matmul_i2 matmul_i4 matmul_i8 matmul_r4 matmul_r8 matmul_r10 matmul_r16
-! serves: matmul_c4 matmul_c8 matmul_c10 matmul_c16 matmul_l4
+! serves: matmul_c4 matmul_c8+ matmul_c10 matmul_c16 matmul_l4+
 ! forwards: matmul_c8 matmul_l4
 #define MM(T, C, W, code) block; T, allocatable :: a(:,:), b(:,:), c(:,:), v(:), r(:); \
   allocate (a(-3:5, 0:3)); a = C(ia); b = C(ib); v = C(iv); \

@@ -1,14 +1,16 @@
 ! Reductions against one hand model of runs (p, m, q): DIM over ranks 2-7
 ! (RESHAPEd views, every DIM), every kind on a reversed strided section of an
 ! array with lower bounds, array and scalar MASKs, empty extents, the
-! whole-array MAXLOC/MINLOC and the cases libgfortran decides (all elements
+! whole-array MAXLOC/MINLOC, LOGICAL(1) and (2) MASKs (copied) and the
+! cases libgfortran decides (all elements
 ! at the start value, nothing selected, BACK=.TRUE.).
 ! serves: sum_r8 msum_r8 ssum_r8 sum_i1 sum_i2 sum_i4 sum_i8 sum_r4 sum_r10 sum_r16 sum_c4 sum_c8 sum_c10 sum_c16
 ! serves: msum_i1 msum_r4 msum_c16 product_i1 product_i2 product_i4 product_i8 product_r8 product_r10 product_r16
 ! serves: minval_i1 minval_i2 minval_i4 minval_i8 mmaxval_i1 mmaxval_i4 mmaxval_i8 smaxval_i2 smaxval_i8
-! serves: mmaxloc1_4_i4 minloc1_4_i1 minloc1_4_i2 minloc1_4_i4 minloc1_4_i8 sminloc1_4_i4
+! serves: mmaxval_r4 mmaxval_r8 mmaxval_r10 mmaxval_r16 smaxval_r4 smaxval_r8 smaxval_r16 maxval_r8+
+! serves: mmaxloc1_4_i4+ minloc1_4_i1 minloc1_4_i2 minloc1_4_i4 minloc1_4_i8 sminloc1_4_i4
 ! serves: maxloc0_4_i2 minloc0_4_i4 mmaxloc0_4_i4 count_4_l any_l4 all_l4
-! forwards: product_r4 product_c8 maxval_r8 minval_r4 mmaxloc1_4_i4 mmaxloc1_4_i8 maxloc0_4_i8 maxloc1_4_r8 smaxloc0_4_i4
+! forwards: product_r4 product_c8 maxval_r8 minval_r4 mmaxloc1_4_i8 maxloc0_4_i8 maxloc1_4_r8 smaxloc0_4_i4
 #define CMP(got, want, code) if (any(abs(reshape(real(got, 8), [p * q]) - want(1:p * q)) > 0)) stop code
 #define ORDERED(C, code) CMP(max(real(maxval(C(tc), d, mc), 8), -128d0), wmx, code); CMP(min(real(minval(C(tc), d), 8), 127d0), wmn, code + 1); \
   CMP(maxloc(C(tc), d, mc), wl, code + 2); CMP(minloc(C(tc), d), wn, code + 3); CMP(maxval(C(tc), d, lt), wx, code + 4)
@@ -20,6 +22,8 @@ program red
   integer :: ix(n), wl(n), wn(n), wc(n), wany(n), wall(n), k, d, p, m, q, i
   logical :: lm(n), mc(3, 6, 3), lt = .true., lf = .false.
   integer(8) :: big(2, 3) = -huge(0_8) - 1
+  real(8) :: zz(2, 3), w3(3), zero = 0
+  logical(1) :: m1(3, 6, 3)
   call random_number(x)
   lm = x > 0.4
   call random_number(x)
@@ -46,12 +50,17 @@ program red
   a3 = int(4 * a3) - 1
   tc = a3(4:-1:-2, 5:0:-1, :)
   mc = tc > 0
+  do i = 1, 18  ! and one element of every run along every DIM
+    mc(1 + modulo(modulo(i - 1, 6) + (i - 1) / 6, 3), 1 + modulo(i - 1, 6), 1 + (i - 1) / 6) = .true.
+  end do
+  m1 = mc
   p = 1; m = 3; q = 18
   do d = 1, 3
     call model(reshape(tc, [54]), int(reshape(tc, [54])), reshape(mc, [54]), p, m, q)
     CMP(sum(a3(4:-1:-2, 5:0:-1, :), d), ws, 10); CMP(sum(a3(4:-1:-2, 5:0:-1, :), d, mc), wsm, 11)
     CMP(sum(a3(4:-1:-2, 5:0:-1, :), d, lf), 0 * ws, 12); CMP(sum(a3(4:-1:-2, 5:0:-1, :), d, lt), ws, 13)
     CMP(maxloc(int(a3(4:-1:-2, 5:0:-1, :)), d, mc), wl, 14); CMP(minloc(int(a3(4:-1:-2, 5:0:-1, :)), d, lt), wn, 15)
+    CMP(sum(a3(4:-1:-2, 5:0:-1, :), d, m1), wsm, 16); CMP(maxloc(int(a3(4:-1:-2, 5:0:-1, :)), d, logical(mc, 2)), wl, 17)
 #define I1(x) int(x, 1)
 #define I2(x) int(x, 2)
 #define I8(x) int(x, 8)
@@ -80,6 +89,10 @@ program red
   if (any(maxloc(int(tc), mask=mc) /= wloc(mc, 1)) .or. any(maxloc(int(tc), mask=lf) /= 0)) stop 142
   if (any(maxloc(big) /= 1) .or. any(maxloc(big, 1, big > 0) /= 0) .or. any(maxloc(big, 1, big < 0) /= 1)) stop 143
   if (any(maxloc(tc, 2, back=.true.) /= 7 - maxloc(tc(:, 6:1:-1, :), 2))) stop 144
+  ! REAL MAXVAL: a NaN first in a run, a run of -Inf and NaN, one of NaNs only
+  zz = reshape([0 / zero, 1d0, -1 / zero, 0 / zero, 0 / zero, 0 / zero], [2, 3])
+  w3 = maxval(zz, 1)
+  if (w3(1) /= 1 .or. w3(2) > -huge(1d0) .or. w3(3) == w3(3) .or. any(maxval(zz(:, 2:2), 1) /= -1 / zero)) stop 146
   if (sum(product(real(reshape(x(1:0), [0, 3]), 4), 2)) /= 0 .or. size(sum(reshape(x(1:0), [3, 0]), 1)) /= 0) stop 145
 contains
   subroutine model(v, iv, lv, p, m, q)
