@@ -5,12 +5,7 @@
 ! serves: reshape reshape_4 reshape_8 reshape_r8 reshape_c8 reshape_c16 pack pack_s unpack1 unpack0 spread spread_scalar
 ! serves: cshift0_4 cshift0_8 cshift1_4 eoshift0_4 eoshift1_4 eoshift2_4 eoshift3_4
 ! forwards: cshift1_8
-#define I1(x) int(x, 1)
-#define I2(x) int(x, 2)
-#define I8(x) int(x, 8)
-#define R8(x) real(x, 8)
-#define C8(x) cmplx(x, -x, 8)
-#define C16(x) cmplx(x, -x, 16)
+#include "kinds.inc"
 #define KIND(T, C, code) block; T :: a(-2:5, 0:4); T, allocatable :: r(:,:), u(:); a = C(ia); \
   r = cshift(a(5:-2:-2, :), sh, 2); if (any(r /= C(wc))) stop code; \
   r = eoshift(a(5:-2:-2, :), vs, C(ib(1:5)), 1); if (any(r /= C(wev))) stop code + 1; \

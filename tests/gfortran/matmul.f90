@@ -6,6 +6,7 @@
 ! serves: matmul_i1 matmul_i2 matmul_i4 matmul_i8 matmul_r4 matmul_r8 matmul_r10 matmul_r16
 ! serves: matmul_c4 matmul_c8+ matmul_c10 matmul_c16 matmul_l4+
 ! forwards: matmul_c8 matmul_l4
+#include "kinds.inc"
 #define MM(T, C, W, code) block; T, allocatable :: a(:,:), b(:,:), c(:,:), v(:), r(:); \
   allocate (a(-3:5, 0:3)); a = C(ia); b = C(ib); v = C(iv); \
   c = matmul(a(5:-3:-2, :), b); if (any(shape(c) /= [5, 3]) .or. any(c /= W(w))) stop code; \
@@ -31,13 +32,6 @@ program mm
     wvm(j) = sum([(iv(k) * ib(k, j), k = 1, 4)])
   end do
   wmv = [(sum([(ia(7 - 2 * i, k - 1) * iv(k), k = 1, 4)]), i = 1, 5)]
-#define I1(x) int(x, 1)
-#define I2(x) int(x, 2)
-#define I8(x) int(x, 8)
-#define R4(x) real(x, 4)
-#define R8(x) real(x, 8)
-#define R10(x) real(x, 10)
-#define R16(x) real(x, 16)
   MM(integer(1), I1, I1, 10)
   MM(integer(2), I2, I2, 20)
   MM(integer(4), int, int, 30)
@@ -46,13 +40,9 @@ program mm
   MM(real(8), R8, R8, 60)
   MM(real(10), R10, R10, 70)
   MM(real(16), R16, R16, 80)
-#define C4(x) cmplx(x, 2 * (x), 4)
 #define W4(x) cmplx(-3 * (x), 4 * (x), 4)
-#define C8(x) cmplx(x, 2 * (x), 8)
 #define W8(x) cmplx(-3 * (x), 4 * (x), 8)
-#define C10(x) cmplx(x, 2 * (x), 10)
 #define W10(x) cmplx(-3 * (x), 4 * (x), 10)
-#define C16(x) cmplx(x, 2 * (x), 16)
 #define W16(x) cmplx(-3 * (x), 4 * (x), 16)
   MM(complex(4), C4, W4, 90)
   MM(complex(8), C8, W8, 100)

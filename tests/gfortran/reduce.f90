@@ -7,10 +7,11 @@
 ! serves: sum_r8 msum_r8 ssum_r8 sum_i1 sum_i2 sum_i4 sum_i8 sum_r4 sum_r10 sum_r16 sum_c4 sum_c8 sum_c10 sum_c16
 ! serves: msum_i1 msum_r4 msum_c16 product_i1 product_i2 product_i4 product_i8 product_r8 product_r10 product_r16
 ! serves: minval_i1 minval_i2 minval_i4 minval_i8 mmaxval_i1 mmaxval_i4 mmaxval_i8 smaxval_i2 smaxval_i8
-! serves: mmaxval_r4 mmaxval_r8 mmaxval_r10 mmaxval_r16 smaxval_r4 smaxval_r8 smaxval_r16 maxval_r8+
+! serves: mmaxval_r4 mmaxval_r8+ mmaxval_r10 mmaxval_r16 smaxval_r4 smaxval_r8 smaxval_r16 maxval_r8+
 ! serves: mmaxloc1_4_i4+ minloc1_4_i1 minloc1_4_i2 minloc1_4_i4 minloc1_4_i8 sminloc1_4_i4
 ! serves: maxloc0_4_i2 minloc0_4_i4 mmaxloc0_4_i4 count_4_l any_l4 all_l4
-! forwards: product_r4 product_c8 maxval_r8 minval_r4 mmaxloc1_4_i8 maxloc0_4_i8 maxloc1_4_r8 smaxloc0_4_i4
+! forwards: product_r4 product_c8 maxval_r8 mmaxval_r8 minval_r4 mmaxloc1_4_i8 maxloc0_4_i8 maxloc1_4_r8 smaxloc0_4_i4
+#include "kinds.inc"
 #define CMP(got, want, code) if (any(abs(reshape(real(got, 8), [p * q]) - want(1:p * q)) > 0)) stop code
 #define ORDERED(C, code) CMP(max(real(maxval(C(tc), d, mc), 8), -128d0), wmx, code); CMP(min(real(minval(C(tc), d), 8), 127d0), wmn, code + 1); \
   CMP(maxloc(C(tc), d, mc), wl, code + 2); CMP(minloc(C(tc), d), wn, code + 3); CMP(maxval(C(tc), d, lt), wx, code + 4)
@@ -61,17 +62,10 @@ program red
     CMP(sum(a3(4:-1:-2, 5:0:-1, :), d, lf), 0 * ws, 12); CMP(sum(a3(4:-1:-2, 5:0:-1, :), d, lt), ws, 13)
     CMP(maxloc(int(a3(4:-1:-2, 5:0:-1, :)), d, mc), wl, 14); CMP(minloc(int(a3(4:-1:-2, 5:0:-1, :)), d, lt), wn, 15)
     CMP(sum(a3(4:-1:-2, 5:0:-1, :), d, m1), wsm, 16); CMP(maxloc(int(a3(4:-1:-2, 5:0:-1, :)), d, logical(mc, 2)), wl, 17)
-#define I1(x) int(x, 1)
-#define I2(x) int(x, 2)
-#define I8(x) int(x, 8)
-#define R4(x) real(x, 4)
-#define R8(x) real(x, 8)
-#define R10(x) real(x, 10)
-#define R16(x) real(x, 16)
-#define C4(x) cmplx(x, 0, 4)
-#define C8(x) cmplx(x, 0, 8)
-#define C10(x) cmplx(x, 0, 10)
-#define C16(x) cmplx(x, 0, 16)
+#define Z4(x) cmplx(x, 0, 4)
+#define Z8(x) cmplx(x, 0, 8)
+#define Z10(x) cmplx(x, 0, 10)
+#define Z16(x) cmplx(x, 0, 16)
     ORDERED(I1, 20); ARITH(I1, 20)
     ORDERED(I2, 30); ARITH(I2, 30)
     ORDERED(int, 40); ARITH(int, 40)
@@ -80,7 +74,7 @@ program red
     ORDERED(R8, 70); ARITH(R8, 70)
     ORDERED(R10, 80); ARITH(R10, 80)
     ORDERED(R16, 90); ARITH(R16, 90)
-    ARITH(C4, 100); ARITH(C8, 110); ARITH(C10, 120); ARITH(C16, 130)
+    ARITH(Z4, 100); ARITH(Z8, 110); ARITH(Z10, 120); ARITH(Z16, 130)
     p = p * m; m = 6 / d; q = q / m
   end do
   ! whole-array locations; empty and fully masked selections; the start value
@@ -92,7 +86,7 @@ program red
   ! REAL MAXVAL: a NaN first in a run, a run of -Inf and NaN, one of NaNs only
   zz = reshape([0 / zero, 1d0, -1 / zero, 0 / zero, 0 / zero, 0 / zero], [2, 3])
   w3 = maxval(zz, 1)
-  if (w3(1) /= 1 .or. w3(2) > -huge(1d0) .or. w3(3) == w3(3) .or. any(maxval(zz(:, 2:2), 1) /= -1 / zero)) stop 146
+  if (w3(1) /= 1 .or. w3(2) > -huge(1d0) .or. w3(3) == w3(3) .or. any(maxval(zz(:, 2:2), 1) /= -1 / zero) .or. any(maxval(zz(2:1:-1, 2:2), 1, zz(2:1:-1, 2:2) < 1) /= -1 / zero)) stop 146
   if (sum(product(real(reshape(x(1:0), [0, 3]), 4), 2)) /= 0 .or. size(sum(reshape(x(1:0), [3, 0]), 1)) /= 0) stop 145
 contains
   subroutine model(v, iv, lv, p, m, q)
