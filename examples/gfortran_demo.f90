@@ -9,7 +9,7 @@ program gfortran_demo
   m = int(a) * (-1) ** int(a)
   c = matmul(a, b)
   print '(a, 6f7.1)', 'MATMUL(A, B)       ', c
-  print '(a, 3f7.1)', 'SUM(A, DIM=2)      ', sum(a, dim=2)
+  print '(a, 3f7.1)', 'SUM(A, DIM=K+1)    ', sum(a, dim=k + 1)
   print '(a, 4i7)', 'MAXLOC(M, DIM=1)   ', maxloc(m, dim=1)
   print '(a, 6f7.1)', 'PACK(A, A > 6)     ', pack(a, a > 6)
   print '(a, 12f5.1)', 'CSHIFT(A, K, DIM=2)', cshift(a, k, dim=2)
