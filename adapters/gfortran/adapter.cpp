@@ -115,7 +115,8 @@ bool plain(const GDesc* g) { return g->type != kDerived && g->type != kCharacter
 // (gfortran 12 leaves it unset in allocatable descriptors and hands these
 // routines packed copies where it would matter).
 bool view(const GDesc* g, ArrDesc& d, size_t want_elem = 0) {
-    if (!g || g->rank < 0 || g->rank > F90_MAXDIM || g->elem_len == 0 || g->elem_len > 64 || (want_elem && g->elem_len != want_elem))
+    if (!g || g->rank < 0 || g->rank > F90_MAXDIM || g->elem_len == 0 || g->elem_len > 64 ||
+        (want_elem && g->elem_len != want_elem))
         return false;
     std::memset(&d, 0, sizeof d);
     const int64_t el = static_cast<int64_t>(g->elem_len);
@@ -174,7 +175,6 @@ bool result(GDesc* r, int rank, const int64_t* ext, ArrDesc& d, bool dim0_quirk 
         r->base = static_cast<char*>(std::malloc(bytes ? bytes : 1));
         if (!r->base) return false;
         if (n == 0 && dim0_quirk) r->dim[0] = GDim{1, 0, -1};
-        if (n == 0) return view(r, d);
     } else {
         if (r->rank != rank) return false;
         for (int i = 0; i < rank; ++i)
