@@ -542,7 +542,6 @@ bool never() { return false; }
 // One list per family; each entry stamps one thin extern "C" definition.
 
 using D = GDesc*;
-using CD = const GDesc*;
 #define API extern "C" __attribute__((visibility("default"))) void
 #define ENTRY(sym) static Entry e("_gfortran_" #sym)
 
