@@ -3,7 +3,7 @@
 #               sanitizer builds, cross-build the Windows DLLs, check exports
 # make bench  - benchmarks side by side with GNU Fortran and OpenBLAS
 # make package - Debian packages (runtime, dev) and a zip of the Windows DLLs
-.PHONY: demo check bench test-% mingw clean package
+.PHONY: demo check bench test-% mingw clean package demo-gfortran bench-gfortran
 
 SHELL := /bin/bash
 EXPORTS := src/intrins.exports
@@ -13,6 +13,7 @@ demo:
 	cmake --preset default > /dev/null
 	cmake --build --preset default --target intrins_demo
 	build/default/examples/intrins_demo
+	@$(MAKE) --no-print-directory demo-gfortran
 
 check: 
 	tools/install-deps check
@@ -49,3 +50,21 @@ package:
 
 clean:
 	rm -rf build
+
+# The GNU Fortran adapter: a plain gfortran program run on libgfortran alone,
+# then with libintrins_gfortran preloaded; its trace names the calls served.
+GF_ADAPTER := build/default/adapters/gfortran/libintrins_gfortran.so
+demo-gfortran:
+	cmake --build --preset default --target intrins_gfortran
+	gfortran -O0 examples/gfortran_demo.f90 -o build/default/examples/gfortran_demo
+	@echo "--- libgfortran alone"
+	@build/default/examples/gfortran_demo
+	@echo "--- LD_PRELOAD=$(GF_ADAPTER) INTRINS_GFORTRAN_TRACE=1"
+	@INTRINS_GFORTRAN_TRACE=1 LD_PRELOAD=$(GF_ADAPTER) build/default/examples/gfortran_demo
+
+# The adapter's benchmark: one gfortran program run without and with it.
+bench-gfortran:
+	tools/install-deps bench
+	cmake --preset bench > /dev/null
+	cmake --build --preset bench --target bench_gfortran_adapter intrins_gfortran
+	bench/gfortran/run.sh build/bench/bench/bench_gfortran_adapter build/bench/adapters/gfortran/libintrins_gfortran.so
