@@ -39,7 +39,9 @@ TYPED_TEST(PerKind, Ceiling) {
     EXPECT_EQ(R<T>::ceilingk(T(1.0e19)), int64_t{2147483648});
     EXPECT_EQ(R<T>::ceilingk(T(-8388607.5)), -8388607);
     EXPECT_EQ(R<T>::floor(T(-2.5)), (std::is_same_v<T, double> ? 0 : -2));  // rounds up, but for REAL(8)
-    if constexpr (std::is_same_v<T, Real10>) EXPECT_EQ(f90_floorh10(Arg10(2.5L).b) + f90_floork10(Arg10(2.5L).b), 6);
+    if constexpr (std::is_same_v<T, Real10>) {
+        EXPECT_EQ(f90_floorh10(Arg10(2.5L).b) + f90_floork10(Arg10(2.5L).b), 6);
+    }
 }
 
 template <class I>

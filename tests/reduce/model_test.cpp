@@ -102,7 +102,7 @@ typename T::value random_value(std::mt19937_64& rng) {
     using V = typename T::value;
     if constexpr (is_cx<T>) {
         using P = decltype(V::re);
-        auto part = [&] { return static_cast<P>(static_cast<int>(rng() % 41) - 20) * static_cast<P>(rng() % 3 ? 0.375 : 1e9); };
+        auto part = [&] { return static_cast<P>(static_cast<int>(rng() % 41) - 20) * static_cast<P>(rng() % 3 ? 0.375 : rng() % 9 ? 1e9 : INFINITY); };
         return {part(), part()};
     } else {
         const int r = static_cast<int>(rng() % 40);
