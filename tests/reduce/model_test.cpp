@@ -36,6 +36,7 @@ struct Ty {
         std::memcpy(&v, p, Bytes);
         return v;
     }
+    static void store(char* p, const V& v) { std::memcpy(p, &v, Bytes); }
     static std::string bits(const V& v) { return v != v ? "NaN" : hex(&v, Bytes); }  // NaN signs: operand order
 };
 template <class P, class A, int PS = sizeof(P), int PB = sizeof(P)>
@@ -48,6 +49,7 @@ struct CTy {
         std::memcpy(&v.re, p, PB), std::memcpy(&v.im, p + PS, PB);
         return v;
     }
+    static void store(char* p, const value& v) { std::memcpy(p, &v.re, PB), std::memcpy(p + PS, &v.im, PB); }
     static std::string bits(const value& v) { return Ty<P, A, PS, PB>::bits(v.im) + Ty<P, A, PS, PB>::bits(v.re); }
 };
 using R10 = Ty<long double, long double, 16, 10>;
@@ -199,7 +201,7 @@ void numeric_case(std::mt19937_64& rng, const Fn* fns, const char* kind) {
     Case c = random_case(rng, true);
     Array a = random_array(rng, c.ext, T::size);
     std::vector<V> v(a.size());
-    for (int64_t n = 0; n < a.size(); ++n) v[n] = random_value<T>(rng), std::memcpy(a.elem(n), &v[n], T::size);
+    for (int64_t n = 0; n < a.size(); ++n) v[n] = random_value<T>(rng), T::store(a.elem(n), v[n]);
     Array m = c.mask_kind == 3 ? random_array(rng, c.ext, 4) : Array(4);
     for (int64_t n = 0; c.mask_kind == 3 && n < a.size(); ++n) {
         uint32_t t = rng() % 3 ? uint32_t{1} << (rng() % 32) : 0;
@@ -343,7 +345,7 @@ void dot_case(std::mt19937_64& rng, Fn fn, const char* kind) {
             if (kind[0] == 'l') p = static_cast<V>(rng() % 2), q = static_cast<V>(rng() % 3 ? V(0) : V(4));
             any |= p != 0 && q != 0;
         }
-        std::memcpy(x.elem(i), &p, T::size), std::memcpy(y.elem(i), &q, T::size);
+        T::store(x.elem(i), p), T::store(y.elem(i), q);
         A a = widen<A>(p), b = widen<A>(q);
         if constexpr (std::is_class_v<A>) {
             acc.re = acc.re + a.re * b.re, acc.re = acc.re + a.im * b.im;
