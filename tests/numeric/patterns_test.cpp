@@ -34,6 +34,9 @@ const Case kKept[] = {
     // NEAREST from zero by TINY; SPACING without a zero test
     {"nearest", 4, "80000000", "C0000000", "80800000"},
     {"nearest", 8, "0000000000000000", "3FF0000000000000", "0010000000000000"},
+    // NEAREST's direction is the sign bit of S: +0.0 and a NaN without it step up
+    {"nearest", 4, "3F800000", "00000000", "3F800001"},
+    {"nearest", 8, "BFF0000000000000", "7FF8000000000000", "BFEFFFFFFFFFFFFF"},
     {"spacing", 4, "00000000", "", "00800000"},
     {"spacing", 4, "7FC00000", "", "74000000"},
     // single SCALE/SET_EXPONENT: truncation, shift counts modulo 32, a

@@ -14,6 +14,7 @@
 
 #include "extended/floatxxx.h"
 #include "intrins.h"
+#include "support/arrays.h"
 
 namespace numtest {
 
@@ -26,21 +27,11 @@ constexpr std::size_t kValueBytes = std::is_same_v<T, Real10> ? 10 : sizeof(T);
 
 template <class T>
 std::string hex(T v) {
-    unsigned char b[sizeof(T)];
-    std::memcpy(b, &v, sizeof b);
-    std::string s = "0x";
-    static const char* d = "0123456789abcdef";
-    for (std::size_t i = kValueBytes<T>; i-- > 0;) {
-        s += d[b[i] >> 4];
-        s += d[b[i] & 15];
-    }
-    return s;
+    return testutil::hex(&v, kValueBytes<T>);
 }
-
 template <class T>
 ::testing::AssertionResult same_bits(T got, T want) {
-    if (std::memcmp(&got, &want, kValueBytes<T>) == 0) return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "got " << hex(got) << ", want " << hex(want);
+    return testutil::same_bits(&got, &want, kValueBytes<T>);
 }
 
 template <class T>
