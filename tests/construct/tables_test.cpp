@@ -5,7 +5,8 @@
 #include <deque>
 
 #include "construct/mover.h"
-#include "construct_model.h"
+#include "support/arrays.h"
+#include "support/messages.h"
 
 namespace {
 int g_gets = 0, g_frees = 0;
@@ -22,8 +23,9 @@ extern "C" void f90_freespace(void* p) {
     std::free(p);
 }
 
-namespace ctest {
 namespace {
+using namespace testutil;
+using Entry = void (*)(ArgList*);
 
 // Operands of a table row: contiguous, lower bounds 1.
 struct Ops {
@@ -204,9 +206,9 @@ TEST(Construct, PinnedQuirks) {
           [](Ops& o, int, int) { EXPECT_EQ(o.r->EXTENT, 0); });
 }
 
-// Results of 8 MB and more go out with streaming stores; transpositions of
-// 16 x 16 and more through tiles, at every vector width.  A supplied result
-// starting off a line keeps the elements around it.
+// Results of 8 MB and more go out with streaming stores: a transposition
+// (tiled, crossing the TLB blocks) at every vector width, SPREAD along either
+// dimension and CSHIFT of that along the other.
 TEST(Construct, LargeResults) {
     const int m = 1450, n = 1461, lead = 1472;
     Array a({{1, m}, {1, n}}, 4);
@@ -221,28 +223,22 @@ TEST(Construct, LargeResults) {
         ASSERT_TRUE(out.guard_intact());
     }
     intrins::construct::set_vector_limit(64);
-    Array v({{1, 1024}}, 8);
+    Array v({{1, 1024}}, 8), five(4);
     for (int i = 0; i < 1024; ++i) v.at<int64_t>(i) = i * 3 + 1;
+    five.at<int32_t>(0) = 5;
     for (int dim : {1, 2}) {
         Desc r, s;
         Args sp, cs;
-        sp.addr(0, r.get()).addr(1, v.desc()).value(2, dim).value(3, 1025);
-        f90_spread8(sp);
-        Array five(4);
-        five.at<int32_t>(0) = 5;
-        cs.addr(0, s.get()).addr(1, r.get()).addr(2, five.desc()).value(3, 3 - dim);
-        f90_cshift8(cs);
+        f90_spread8(sp.addr(0, r.get()).addr(1, v.desc()).value(2, dim).value(3, 1025));
+        f90_cshift8(cs.addr(0, s.get()).addr(1, r.get()).addr(2, five.desc()).value(3, 3 - dim));
         const int rows = dim == 1 ? 1025 : 1024, cols = 2049 - rows;
-        auto* p = reinterpret_cast<int64_t*>(s->BASE);
+        const auto* p = reinterpret_cast<const int64_t*>(s->BASE);
         for (int j = 0; j < cols; ++j)
-            for (int i = 0; i < rows; ++i) {
-                const int si = dim == 2 ? (i + 5) % rows : i, sj = dim == 1 ? (j + 5) % cols : j;
-                ASSERT_EQ(p[i + int64_t{j} * rows], (dim == 1 ? sj : si) * 3 + 1) << dim << " " << i << "," << j;
-            }
+            for (int i = 0; i < rows; ++i)
+                ASSERT_EQ(p[i + int64_t{j} * rows], (dim == 1 ? (j + 5) % cols : (i + 5) % rows) * 3 + 1) << dim << " " << i << "," << j;
         f90_freespace(r->BASE);
         f90_freespace(s->BASE);
     }
 }
 
 }  // namespace
-}  // namespace ctest
