@@ -2,7 +2,7 @@
 // VERIFY, LEN_TRIM, ADJUSTL and ADJUSTR on random strings (any byte, lengths
 // across the sixteen-byte blocks, BACK both ways, both result widths); the
 // results GNU Fortran gives (gfortran_character.tsv, made by
-// tools/gfortran/gen_character.f90); REPEAT and TRIM with their diagnostics.
+// tools/gfortran/character/gen_character.f90); REPEAT and TRIM with their diagnostics.
 #include <random>
 
 #include "support/arrays.h"

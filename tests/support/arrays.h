@@ -76,10 +76,12 @@ public:
         d.SCALEFACTOR = unit;
         d.NONCONTIG = contiguous ? 0 : 1;
     }
-    // Contiguous, from (lower, upper) pairs.
+    // Contiguous, from (lower, upper) pairs, elements zero.
     Array(std::initializer_list<std::pair<int32_t, int32_t>> bounds, int32_t elsize)
-        : Array(dims_of(bounds), elsize) {}
-    explicit Array(int32_t elsize) : Array(std::vector<Dim>{}, elsize) {}  // a scalar
+        : Array(dims_of(bounds), elsize) {
+        for (int64_t n = 0; n < size(); ++n) std::memset(elem(n), 0, elsize);
+    }
+    explicit Array(int32_t elsize) : Array({}, elsize) {}  // a scalar
 
     ArrDesc* desc() { return desc_.get(); }
     operator ArrDesc*() { return desc_.get(); }
@@ -143,8 +145,8 @@ inline std::vector<int32_t> random_extents(std::mt19937_64& rng, int rank, int32
     return e;
 }
 // A random layout of these extents: lower bounds in -3..3, each dimension
-// contiguous, strided by 2 or 3, or reversed; sometimes in byte units of STRIDE.
-inline Array random_array(std::mt19937_64& rng, const std::vector<int32_t>& extents, int32_t elsize) {
+// contiguous, strided by 2 or 3, or reversed; sometimes (`bytes`) in byte units of STRIDE.
+inline Array random_array(std::mt19937_64& rng, const std::vector<int32_t>& extents, int32_t elsize, bool bytes = true) {
     std::vector<Dim> dims;
     int64_t span = 1;
     bool plain = rng() % 3 == 0;
@@ -154,7 +156,7 @@ inline Array random_array(std::mt19937_64& rng, const std::vector<int32_t>& exte
         dims.push_back({plain ? 1 : static_cast<int32_t>(rng() % 7) - 3, e, step});
         span *= int64_t{std::max(e, 1)} * gap + (plain ? 0 : rng() % 2);
     }
-    return Array(dims, elsize, rng() % 4 == 0 ? 1 : 0);
+    return Array(dims, elsize, bytes && rng() % 4 == 0 ? 1 : 0);
 }
 
 // A section of an Array built by the library from triplets (kind 3) and

@@ -1,6 +1,6 @@
 ! Expected values of the numeric-model intrinsics as GNU Fortran computes
 ! them, for the cases where the library follows the standard model.  Run
-!   gfortran -ffree-line-length-none gen_model.f90 -o gen && ./gen > ../gfortran_model.tsv
+!   gfortran -ffree-line-length-none gen_model.f90 -o gen && ./gen > ../../../tests/numeric/gfortran_model.tsv
 ! in this folder to regenerate the test data.
 module out
   implicit none
