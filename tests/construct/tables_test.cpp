@@ -117,6 +117,8 @@ TEST(ConstructDeath, EveryMessage) {
          m("SPREAD", msg::kDim, {"3", "2"})},
         {f90_spread4, true, [](Ops& o, Args& a) { a.addr(1, o.a({3})).value(2, 2).value(3, 2).result(o.a({3, 1})); },
          m("SPREAD", msg::kResultShape, {"(3, 1)", "(3, 2)"})},
+        {f90_spread4, true, [](Ops& o, Args& a) { a.addr(1, o.a({3})).value(2, 2).value(3, -2).result(o.a({2, 1})); },
+         m("SPREAD", msg::kResultShape, {"(2, 1)", "(3, 0)"})},  // a negative NCOPIES counts as 0
         {f90_transpose4, true, [](Ops& o, Args& a) { a.addr(1, o.a({2, 3})).result(o.a({2, 3})); },
          m("TRANSPOSE", msg::kResultShape, {"(2, 3)", "(3, 2)"})},
         {f90_cshift4, false, [](Ops& o, Args& a) { a.addr(1, o.a({3, 4})).addr(2, o.one(1)).value(3, 3); },

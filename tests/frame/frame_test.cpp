@@ -56,13 +56,17 @@ TEST(Descriptor, ModelOverRandomArraysAndSections) {
         what += "; section";
         for (int k = 0; k < rank; ++k) {
             if (pick(0, 4) == 0) {
-                at[k] = pick(lb[k] - 1, ub[k] + 1);
+                at[k] = pick(0, 9) ? pick(lb[k], std::max(lb[k], ub[k])) : pick(0, 1) ? lb[k] - 1 : ub[k] + 1;
                 t.insert(t.end(), {F90_SUBSCRIPT_SCALAR, at[k], 0, 0});
                 gone |= at[k] < lb[k] || at[k] > ub[k];
                 what.append(" ").append(std::to_string(at[k]));
                 continue;
             }
-            int32_t lo = pick(lb[k] - 2, ub[k] + 2), hi = pick(lb[k] - 2, ub[k] + 2), st = pick(-3, 3);
+            // Mostly a progression in the stride's direction; sometimes the
+            // other way, or a zero stride (both empty).
+            int32_t lo = pick(lb[k] - 2, ub[k] + 2), hi = pick(lb[k] - 2, ub[k] + 2), st = pick(0, 15) ? pick(1, 3) : 0;
+            if (pick(0, 1)) std::swap(lo, hi);
+            if (pick(0, 7)) st = lo <= hi ? st : -st;
             t.insert(t.end(), {F90_SUBSCRIPT_TRIPLET, pick(0, 7) ? lo : F90_DEFAULT_MARKER,
                                pick(0, 7) ? hi : F90_DEFAULT_MARKER, pick(0, 7) ? st : F90_DEFAULT_MARKER});
             for (std::size_t j = t.size() - 3; j < t.size(); ++j) what.append(j + 3 == t.size() ? " " : ":").append(std::to_string(t[j]));
