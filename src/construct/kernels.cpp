@@ -39,9 +39,11 @@ inline void tile(E e, char* d, std::ptrdiff_t dl, const char* s, std::ptrdiff_t 
     }
 }
 
+int g_vector_limit = 64;  // see set_vector_limit
+
 bool have_avx2() {
     static const bool yes = __builtin_cpu_supports("avx2");
-    return yes;
+    return yes && g_vector_limit >= 32;
 }
 
 // 4 x 4 blocks of 8-byte and 8 x 8 blocks of 4-byte elements transposed in
@@ -109,7 +111,7 @@ __attribute__((target("avx2"))) void tile_avx2(char* d, std::ptrdiff_t dl, const
 
 bool have_avx512() {
     static const bool yes = __builtin_cpu_supports("avx512f");
-    return yes;
+    return yes && g_vector_limit >= 64;
 }
 
 // The four 128-bit lanes of a, b, c, d regrouped by lane: out[L] holds lane
@@ -316,6 +318,8 @@ __attribute__((target("avx512f"))) int64_t count_avx512(const char* m, int64_t n
 }
 
 }  // namespace
+
+void set_vector_limit(int bytes) { g_vector_limit = bytes; }
 
 int64_t count_flat(const char* m, int64_t n, MaskRule rule) {
     int64_t i = 0, c = 0;

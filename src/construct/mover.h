@@ -61,6 +61,11 @@ inline void copy_elem(E e, char* d, const char* s) {
 inline constexpr int64_t kStreamBytes = int64_t{8} << 20;
 inline constexpr int64_t kStreamRun = 256;  // shorter runs are stored normally
 
+// The widest vectors the kernels may use, in bytes: 64 (AVX-512, the
+// default where the processor has it), 32 (AVX2) or 16 (SSE2 only).  Lowering
+// it reaches the narrower kernels on a wide processor (tests do).
+void set_vector_limit(int bytes);
+
 // Streaming block copy.  (Fills measured faster with plain stores.)
 void stream_copy(char* d, const char* s, std::size_t bytes);
 

@@ -63,7 +63,11 @@ void spread(ArgList* al, E e) {
     nest.base[1] = src.BASE;
     const std::ptrdiff_t sz = e.bytes();
     if (src.NONCONTIG == 0 && r.NONCONTIG == 0) {
-        const int64_t chunk = dim == n + 1 ? src.EXTENT : src.DIM[dim - 1].STRIDE;
+        // The elements below DIM, from the extents (a contiguous operand's
+        // STRIDE counts units of SCALEFACTOR bytes and is free where the
+        // extent is 1).
+        int64_t chunk = 1;
+        for (int d = 0; d < dim - 1; ++d) chunk *= extent(src, d);
         if (chunk <= 0) return;
         const int64_t chunks = src.EXTENT / chunk;
         if (chunks * chunk * nc > r.EXTENT) return;  // a supplied result too small (checks off)

@@ -1,166 +1,136 @@
-// The character intrinsics through their entry points: the results GNU
-// Fortran gives (gfortran_character.tsv, made by gfortran/gen_character.f90:
-// empty and all-blank operands, BACK both ways), INDEX against the plain
-// search on long operands, the k widths and BACK's presence bit, supplied
-// result buffers and the REPEAT/TRIM diagnostics.
-#include <gtest/gtest.h>
-
-#include <cstdlib>
+// The character intrinsics: a character-by-character model of INDEX, SCAN,
+// VERIFY, LEN_TRIM, ADJUSTL and ADJUSTR on random strings (any byte, lengths
+// across the sixteen-byte blocks, BACK both ways, both result widths); the
+// results GNU Fortran gives (gfortran_character.tsv, made by
+// tools/gfortran/character/gen_character.f90); REPEAT and TRIM with their diagnostics.
 #include <random>
-#include <string>
-#include <vector>
 
 #include "support/arrays.h"
+#include "support/messages.h"
 #include "support/table.h"
 
-using testutil::Args;
-
 namespace {
+using testutil::Args;
+using Entry = void (*)(ArgList*);
 
-const std::string kHead = "ERROR calling the intrinsic subprogram ";
+// STRING and SUBSTRING/SET in blocks of exactly their length (a read past
+// them shows under the address sanitizer); BACK when back >= 0.  The Result
+// slot starts as 0xAB bytes: beyond the result's width they must stay so.
+template <class R = int32_t>
+R position(Entry fn, const std::string& s, const std::string& t, int back = -1) {
+    std::vector<char> a(s.begin(), s.end()), b(t.begin(), t.end());
+    Args args;
+    args.text(1, a.data(), static_cast<int32_t>(a.size())).text(2, b.data(), static_cast<int32_t>(b.size()));
+    if (back >= 0) args.value<int32_t>(3, back);
+    std::memset(args.slot(0).bytes, 0xAB, sizeof args.slot(0).bytes);
+    fn(args);
+    R r;
+    std::memcpy(&r, args.slot(0).bytes, sizeof r);
+    EXPECT_TRUE(sizeof(R) == sizeof(ArgSlot) || args.slot(0).bytes[sizeof(R) % sizeof(ArgSlot)] == 0xAB) << "wrote beyond its width";
+    return r;
+}
 
-// An ArgList call with STRING and SUBSTRING/SET in blocks of exactly their
-// length (a read past them shows under the address sanitizer) and BACK given
-// unless back < 0; the Result slot starts filled with 0xAB.
-struct Call {
-    std::vector<char> s, t;
-    Args a;
-    Call(const std::string& str, const std::string& sub, int back = -1) : s(str.begin(), str.end()), t(sub.begin(), sub.end()) {
-        s.shrink_to_fit(), t.shrink_to_fit();
-        a.text(1, s.data(), static_cast<int32_t>(s.size())).text(2, t.data(), static_cast<int32_t>(t.size()));
-        if (back >= 0) a.value<int32_t>(3, back);
-        std::memset(a.slot(0).bytes, 0xAB, sizeof a.slot(0).bytes);
+int64_t model(const std::string& fn, const std::string& s, const std::string& t, bool back) {
+    const int64_t n = static_cast<int64_t>(s.size());
+    for (int64_t k = 0; k < n + 1; ++k) {
+        const int64_t i = back ? n - k - (fn == "index" ? 0 : 1) : k;
+        if (i < 0 || i > n) continue;
+        if (fn == "index" && i + t.size() <= s.size() && s.compare(i, t.size(), t) == 0) return i + 1;
+        if (fn != "index" && i < n && (t.find(s[i]) != std::string::npos) == (fn == "scan")) return i + 1;
     }
-    template <class R = int32_t>
-    R pos(void (*f)(ArgList*)) {
-        f(a.get());
-        R r;
-        std::memcpy(&r, a.slot(0).bytes, sizeof r);
-        if (sizeof(R) < sizeof(ArgSlot)) {
-            EXPECT_EQ(a.slot(0).bytes[sizeof(R)], 0xAB) << "wrote beyond its width";
+    return 0;
+}
+
+TEST(Character, ModelOnRandomStrings) {
+    std::mt19937_64 g(11);
+    for (int trial = 0; trial < 20000; ++trial) {
+        // Few distinct bytes (blanks and high bytes among them), so that
+        // matches and near-matches are frequent.
+        std::string alphabet = {' ', 'a', static_cast<char>(0x80 + g() % 128), static_cast<char>(g())};
+        auto text = [&](std::size_t n) {
+            std::string x(n, ' ');
+            for (char& c : x) c = alphabet[g() % (g() % 2 ? 2 : 4)];
+            return x;
+        };
+        const std::string s = text(g() % 70), t = text(g() % 5);
+        const int back = static_cast<int>(g() % 3) - 1;  // -1: BACK absent
+        const Entry plain[] = {f90_index, f90_scan, f90_verify}, wide[] = {f90_kindex, f90_kscan, f90_kverify};
+        const char* names[] = {"index", "scan", "verify"};
+        for (int f = 0; f < 3; ++f) {
+            const int64_t want = model(names[f], s, t, back == 1);
+            ASSERT_EQ(position(plain[f], s, t, back), want) << names[f] << " \"" << s << "\" \"" << t << "\" " << back;
+            ASSERT_EQ(position<int64_t>(wide[f], s, t, back), want) << names[f];
         }
-        return r;
+        const std::size_t last = s.find_last_not_of(' '), lead = std::min(s.find_first_not_of(' '), s.size());
+        const std::size_t trimmed = last == std::string::npos ? 0 : last + 1;
+        ASSERT_EQ(f90_lentrim(s.data(), static_cast<int32_t>(s.size())), static_cast<int32_t>(trimmed)) << s;
+        ASSERT_EQ(f90_klentrim(s.data(), static_cast<int32_t>(s.size())), static_cast<int64_t>(trimmed)) << s;
+        std::string out(s.size() + 1, '#');
+        f90_adjustl(s.data(), static_cast<int32_t>(s.size()), out.data());
+        ASSERT_EQ(out, s.substr(lead) + std::string(lead, ' ') + "#") << s;
+        f90_adjustr(s.data(), static_cast<int32_t>(s.size()), out.data());
+        ASSERT_EQ(out, std::string(s.size() - trimmed, ' ') + s.substr(0, trimmed) + "#") << s;
     }
-    std::string text() const {
-        return std::string(reinterpret_cast<const char*>(a.a.Result.w[0]), static_cast<int32_t>(a.a.Result.w[1]));
-    }
-};
+    EXPECT_EQ(f90_lentrim("AB", -4), 0);  // a negative length is empty
+    Args unmarked;  // a BACK value without its presence bit does not count
+    unmarked.text(1, "ABAB", 4).text(2, "AB", 2).slot(3).w[0] = 1;
+    f90_index(unmarked);
+    EXPECT_EQ(static_cast<int32_t>(unmarked.a.Result.w[0]), 1);
+}
 
-struct Case {
-    const char *fn, *s, *t;  // t: SUBSTRING or SET, NCOPIES for REPEAT
-    int back;
-    const char* want;
-};
-
-std::string run(const Case& c) {
-    const std::string fn = c.fn, s = c.s;
-    const int32_t n = static_cast<int32_t>(s.size());
-    std::string out(s.size() + 1, '#');  // the guard must survive
-    if (fn == "len_trim") return std::to_string(f90_lentrim(s.data(), n));
-    if (fn == "adjustl" || fn == "adjustr") {
-        (fn == "adjustl" ? f90_adjustl : f90_adjustr)(s.data(), n, out.data());
-        return out.back() == '#' ? out.substr(0, s.size()) : "guard overwritten";
-    }
-    Call call(s, fn == "repeat" ? "" : c.t, c.back);
-    if (fn == "trim" || fn == "repeat") {
-        if (fn == "repeat") call.a.check().value<int32_t>(2, std::atoi(c.t));
-        (fn == "trim" ? f90_trim : f90_repeat)(call.a.get());
-        EXPECT_EQ(static_cast<intptr_t>(call.a.a.Result.w[1]), static_cast<int32_t>(call.a.a.Result.w[1]));
-        return call.text();
-    }
-    return std::to_string(call.pos(fn == "index" ? f90_index : fn == "scan" ? f90_scan : f90_verify));
+// The Result slot's text after REPEAT or TRIM.
+std::string text_of(const Args& a) {
+    return std::string(reinterpret_cast<const char*>(a.a.Result.w[0]), static_cast<int32_t>(a.a.Result.w[1]));
 }
 
 TEST(Character, SameResultsAsGnuFortran) {
     const auto rows = testutil::read_table("gfortran_character.tsv");
     ASSERT_GT(rows.size(), 400u);
     for (const auto& r : rows) {
-        ASSERT_EQ(r.size(), 5u);
-        const Case c{r[0].c_str(), r[1].c_str(), r[2].c_str(), std::atoi(r[3].c_str()), r[4].c_str()};
-        EXPECT_EQ(run(c), c.want) << c.fn << " \"" << c.s << "\" \"" << c.t << "\" back " << c.back;
+        const std::string& fn = r[0];
+        const std::string& s = r[1];
+        const int32_t n = static_cast<int32_t>(s.size());
+        std::string got;
+        if (fn == "len_trim") got = std::to_string(f90_lentrim(s.data(), n));
+        if (fn == "adjustl" || fn == "adjustr") {
+            got = s;
+            (fn == "adjustl" ? f90_adjustl : f90_adjustr)(s.data(), n, got.data());
+        }
+        if (fn == "trim" || fn == "repeat") {
+            Args a;
+            a.text(1, s.data(), n).check();
+            if (fn == "repeat") a.value<int32_t>(2, std::atoi(r[2].c_str()));
+            (fn == "trim" ? f90_trim : f90_repeat)(a);
+            got = text_of(a);
+        }
+        if (fn == "index" || fn == "scan" || fn == "verify")
+            got = std::to_string(position(fn == "index" ? f90_index : fn == "scan" ? f90_scan : f90_verify, s, r[2], std::atoi(r[3].c_str())));
+        EXPECT_EQ(got, r[4]) << fn << " \"" << s << "\" \"" << r[2] << "\" back " << r[3];
     }
 }
 
-int32_t ref_index(const std::string& s, const std::string& t, bool back) {
-    const int32_t n = static_cast<int32_t>(s.size()), m = static_cast<int32_t>(t.size());
-    for (int32_t k = 0; k <= n - m; ++k)
-        if (s.compare(back ? n - m - k : k, m, t) == 0) return (back ? n - m - k : k) + 1;
-    return 0;
-}
-
-// Long operands over two letters: many candidate starts per block of sixteen.
-TEST(Index, LongOperandsAgreeWithThePlainSearch) {
-    std::mt19937 gen(9);
-    for (int trial = 0; trial < 500; ++trial) {
-        std::string s(gen() % 240, 'A'), t(1 + gen() % 6, 'A');
-        for (char& ch : s) ch = gen() % 5 ? 'A' : 'B';
-        for (char& ch : t) ch = gen() % 3 ? 'A' : 'B';
-        for (int back = 0; back < 2; ++back) ASSERT_EQ(Call(s, t, back).pos(f90_index), ref_index(s, t, back)) << s << '|' << t;
-    }
-    std::string s(100000, 'a');
-    s.append("ab");
-    EXPECT_EQ(Call(s, "ab").pos(f90_index), 100001);
-    EXPECT_EQ(Call(s, "aa", 1).pos(f90_index), 100000);
-}
-
-TEST(Position, WidthsAndBack) {
-    EXPECT_EQ(Call("ABCABC", "BC", 1).pos<int64_t>(f90_kindex), 5);
-    EXPECT_EQ(Call("FORTRAN", "TR", 1).pos<int64_t>(f90_kscan), 5);
-    EXPECT_EQ(Call("AAB", "A").pos<int64_t>(f90_kverify), 3);
-    EXPECT_EQ(Call("ABCABC", "BC", -7 & 0x7fffffff).pos(f90_index), 5);  // any nonzero BACK is true
-    Call unmarked("ABAB", "AB");
-    unmarked.a.slot(3).w[0] = 1;  // a value in ARG 3 without Presence bit 3
-    EXPECT_EQ(unmarked.pos(f90_index), 1);
-    EXPECT_EQ(f90_klentrim(" A B  ", 6), int64_t{4});
-    EXPECT_EQ(f90_lentrim("AB\t", 3), 3);  // only 0x20 is a blank
-    EXPECT_EQ(f90_lentrim("AB", -4), 0);   // a negative length is empty
-    std::string s(40, ' ');
-    for (int32_t lead = 0; lead < 20; ++lead, s[lead - 1] = ' ') {
-        s[lead] = 'X';
-        EXPECT_EQ(f90_lentrim(s.data() + 1, 39), lead);  // blank words at any alignment
-        std::string out(40, '#');
-        f90_adjustl(s.data(), 40, out.data());
-        EXPECT_EQ(out.find_first_not_of(' ', 1), std::string::npos);
-        EXPECT_EQ(out[0], 'X');
-        f90_adjustr(s.data(), 40, out.data());
-        EXPECT_EQ(out.find_last_not_of(' ', 38), std::string::npos);
-        EXPECT_EQ(out[39], 'X');
-    }
-}
-
-TEST(Result, SuppliedBuffers) {
+TEST(Character, SuppliedBuffersAndDiagnostics) {
     char buf[8] = "-------";
-    Call rep("XYZ", "");
-    rep.a.value<int32_t>(2, 2).check().presence(rep.a.a.Presence | F90_PRESENT_RESULT).text(0, buf, 7);
-    f90_repeat(rep.a.get());
-    EXPECT_EQ(reinterpret_cast<char*>(rep.a.a.Result.w[0]), buf);
-    EXPECT_EQ(rep.text(), "XYZXYZ");
-    rep.a.flags(0).value<int32_t>(2, 4).text(0, buf, 7);  // too small, no checks: whole copies that fit
-    f90_repeat(rep.a.get());
-    EXPECT_EQ(rep.text(), "XYZXYZ");
-    EXPECT_EQ(buf[6], '-');
-    rep.a.presence(F90_PRESENT_ARG1 | F90_PRESENT_ARG2).value<int32_t>(2, -1);
-    f90_repeat(rep.a.get());
-    EXPECT_EQ(rep.text(), "");
-    Call trim("AB   ", "");
-    trim.a.presence(F90_PRESENT_RESULT | F90_PRESENT_ARG1).text(0, buf, 2);
-    f90_trim(trim.a.get());
-    EXPECT_EQ(trim.text(), "AB");
-}
-
-TEST(ResultDeath, Messages) {
-    char buf[4];
-    Call rep("AB", "");
-    rep.a.value<int32_t>(2, -1).check();
-    EXPECT_DIES_WITH(f90_repeat(rep.a.get()),
-                     kHead + "REPEAT:\n The NCOPIES argument has a value of -1. NCOPIES should be nonnegative.\n");
-    rep.a.value<int32_t>(2, 3).presence(rep.a.a.Presence | F90_PRESENT_RESULT).text(0, buf, 4);
-    EXPECT_DIES_WITH(f90_repeat(rep.a.get()),
-                     kHead + "REPEAT:\n The RESULT character string has length 4. It should have length 6.\n");
-    Call trim("ABC  ", "");
-    trim.a.presence(F90_PRESENT_RESULT | F90_PRESENT_ARG1).text(0, buf, 2);  // checked without Flags
-    EXPECT_DIES_WITH(f90_trim(trim.a.get()),
-                     kHead + "TRIM:\n The RESULT character string has length 2. It should have length 3.\n");
+    Args rep;
+    rep.text(1, "XYZ", 3).value<int32_t>(2, 2).check().result(nullptr).text(0, buf, 7);
+    f90_repeat(rep);
+    EXPECT_EQ(reinterpret_cast<char*>(rep.a.Result.w[0]), buf);
+    EXPECT_EQ(text_of(rep), "XYZXYZ");
+    rep.flags(0).value<int32_t>(2, 4).text(0, buf, 7);  // too small, no checks: the whole copies that fit
+    f90_repeat(rep);
+    EXPECT_EQ(text_of(rep) + buf[6], "XYZXYZ-");
+    Args trim;
+    trim.text(1, "AB   ", 5).result(nullptr).text(0, buf, 2);
+    f90_trim(trim);
+    EXPECT_EQ(text_of(trim), "AB");
+    const char* len = " The RESULT character string has length @. It should have length @.\n";
+    Args neg;
+    neg.text(1, "AB", 2).value<int32_t>(2, -1).check();
+    EXPECT_DIES_WITH(f90_repeat(neg), testutil::msg::of("REPEAT", " The NCOPIES argument has a value of @. NCOPIES should be nonnegative.\n", {"-1"}));
+    neg.value<int32_t>(2, 3).result(nullptr).text(0, buf, 4);
+    EXPECT_DIES_WITH(f90_repeat(neg), testutil::msg::of("REPEAT", len, {"4", "6"}));
+    trim.text(1, "ABC  ", 5);  // TRIM checks its capacity without the flag
+    EXPECT_DIES_WITH(f90_trim(trim), testutil::msg::of("TRIM", len, {"2", "3"}));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 ! Expected results of the character intrinsics as GNU Fortran computes them.
-! Run  gfortran gen_character.f90 -o gen && ./gen > ../gfortran_character.tsv
+! Run  gfortran gen_character.f90 -o gen && ./gen > ../../../tests/character/gfortran_character.tsv
 ! in this folder to regenerate the test data.  Each line, tab-separated:
 !   function, string, second argument, back, result
 program gen
