@@ -1,5 +1,7 @@
 // TRANSFER: element counts, the unwritten tail versus the zero fill, scalar
 // results, strided operands, the K family and the messages.
+#include <algorithm>
+
 #include "helpers.h"
 
 namespace ctest {
@@ -116,6 +118,92 @@ TEST(TransferDeath, Messages) {
     f90_transfer4(neg.args.get());
     EXPECT_EQ(neg.result->EXTENT, 0);
     f90_freespace(neg.result->BASE);
+}
+
+}  // namespace
+}  // namespace ctest
+
+namespace ctest {
+namespace {
+
+// Runs a mover on a library-allocated result and returns the result's tags.
+std::vector<int> moved(Entry fn, Args a, int32_t elsize) {
+    Desc r;
+    a.addr(0, r.get()).check();
+    fn(a.get());
+    std::vector<int> t = tags(r.get(), elsize);
+    f90_freespace(r->BASE);
+    return t;
+}
+
+// Every mover over a rank-7 section (NONCONTIG set, a strided first and a
+// reversed last dimension), against the section's own element order.
+TEST(Movers, RankSevenSections) {
+    for (const Sized& row : sized_entries()) {
+        SCOPED_TRACE(row.label);
+        const int32_t z = row.elsize;
+        const std::initializer_list<std::pair<int32_t, int32_t>> bounds = {{1, 4}, {0, 1}, {-1, 0}, {1, 2},
+                                                                            {2, 3}, {1, 2}, {1, 3}};
+        Array big(bounds, z), out(bounds, z), alt({{1, 2}, {1, 2}, {1, 2}, {1, 2}, {1, 2}, {1, 2}, {1, 3}}, 4);
+        tag_fill(big, z);
+        for (int i = 0; i < alt.size(); ++i) alt.at<int32_t>(i) = i % 2;
+        const std::initializer_list<Sub> sub = {tri(1, 4, 2), tri(0, 1), tri(-1, 0), tri(1, 2), tri(2, 3), tri(1, 2), tri(3, 1, -1)};
+        Section s(big, sub), o(out, sub), s6(big, {tri(1, 4, 2), tri(0, 1), tri(-1, 0), tri(1, 2), tri(2, 3), tri(1, 2), scal(2)});
+        const std::vector<int> want = tags(s, z), want6 = tags(s6, z);
+        ASSERT_EQ(want.size(), 192u);
+        auto model = [](int n, auto f) { std::vector<int> v(n); for (int l = 0; l < n; ++l) v[l] = f(l); return v; };
+        Array mold({{1, 1}}, z), shape = ivec({192}), yes(4), one(4), bnd(z), flat({{1, 192}}, z);
+        yes.at<int32_t>(0) = one.at<int32_t>(0) = 1;
+        for (int b = 0; b < z; ++b) bnd.data()[b] = static_cast<char>(pat(200, b));
+        for (Entry fn : {row.transfer, row.ktransfer}) EXPECT_EQ(moved(fn, Args().addr(1, s).addr(2, mold), z), want);
+        Args into;
+        into.addr(0, o.desc()).addr(1, s).addr(2, mold).presence(into.a.Presence | 1).check();
+        row.transfer(into.get());
+        EXPECT_EQ(tags(o, z), want);
+        EXPECT_EQ(moved(row.reshape, Args().addr(1, s).addr(2, shape), z), want);
+        EXPECT_EQ(moved(row.pack, Args().addr(1, s).addr(2, yes), z), want);
+        tag_fill(flat, z, 50);
+        EXPECT_EQ(moved(row.unpack, Args().addr(1, flat).addr(2, alt).addr(3, s), z),
+                  model(192, [&](int l) { return l % 2 ? 50 + l / 2 : want[l]; }));
+        EXPECT_EQ(moved(row.spread, Args().addr(1, s6).value(2, int32_t{4}).value(3, int32_t{3}), z),
+                  model(192, [&](int l) { return want6[l % 8 + 8 * (l / 24)]; }));
+        EXPECT_EQ(moved(row.cshift, Args().addr(1, s).addr(2, one).value(3, int32_t{7}), z),
+                  model(192, [&](int l) { return want[l % 64 + (l / 64 + 1) % 3 * 64]; }));
+        EXPECT_EQ(moved(row.eoshift, Args().addr(1, s).addr(2, one).addr(3, bnd).value(4, int32_t{7}), z),
+                  model(192, [&](int l) { return l / 64 < 2 ? want[l % 64 + (l / 64 + 1) * 64] : 200; }));
+    }
+}
+
+// Empty sections whose BASE and ZERO are null, reversed along their other
+// dimension, through every mover; and a supplied empty result (checks off)
+// that CSHIFT and EOSHIFT clip every section to.
+TEST(Movers, EmptySectionsWithNullBase) {
+    for (const Sized& row : sized_entries()) {
+        SCOPED_TRACE(row.label);
+        const int32_t z = row.elsize;
+        Array a({{1, 3}, {1, 4}}, z), out({{1, 3}, {1, 4}}, z), m({{1, 3}, {1, 4}}, 4), mold({{1, 1}}, z), one(4);
+        Array shape = ivec({0});
+        tag_fill(a, z);
+        one.at<int32_t>(0) = 1;
+        Section e(a, {tri(3, 1, -1), tri(1, 0)}), me(m, {tri(3, 1, -1), tri(1, 0)}), re(out, {tri(1, 0), tri(4, 1, -1)});
+        ASSERT_EQ(e.desc()->BASE, nullptr);
+        ASSERT_EQ(re.desc()->ZERO, nullptr);
+        const std::pair<Entry, Args> calls[] = {
+            {row.transfer, Args().addr(1, e).addr(2, mold)},      {row.reshape, Args().addr(1, e).addr(2, shape)},
+            {row.pack, Args().addr(1, e).addr(2, me)},            {row.unpack, Args().addr(1, e).addr(2, me).addr(3, e)},
+            {row.spread, Args().addr(1, e).value(2, int32_t{2}).value(3, int32_t{2})},
+            {row.transpose, Args().addr(1, e)},                   {row.cshift, Args().addr(1, e).addr(2, one).value(3, int32_t{1})},
+            {row.eoshift, Args().addr(1, e).addr(2, one).value(4, int32_t{2})}};
+        for (const auto& [fn, args] : calls) EXPECT_TRUE(moved(fn, args, z).empty());
+        for (int32_t dim : {1, 2}) {
+            Args cs, eo;
+            cs.addr(0, re.desc()).addr(1, a).addr(2, one).value(3, dim).presence(cs.a.Presence | 1);
+            eo.addr(0, re.desc()).addr(1, a).addr(2, one).value(4, dim).presence(eo.a.Presence | 1);
+            row.cshift(cs.get());
+            row.eoshift(eo.get());
+        }
+        EXPECT_EQ(std::count(out.data(), out.data() + out.size() * z, 0), out.size() * z);
+    }
 }
 
 }  // namespace

@@ -199,6 +199,18 @@ TYPED_TEST(MatmulKinds, EmptyAndZeroK) {
     check_product<TypeParam>(MxM, 4, 0, 6, 1, -1, -1, -1, seed++);
     check_product<TypeParam>(VxM, 1, 6, 0, 1, -1, -1, 0, seed++);
     check_product<TypeParam>(MxV, 6, 1, 0, 1, -1, -1, 0, seed++);
+    // K = 0 with B's columns taken backwards from a one-row array: B's
+    // first element lies at its ZERO, which is null.
+    Array a({{1, 5}, {1, 1}}, TypeParam::size), b({{1, 1}, {1, 300}}, TypeParam::size);
+    Section sa(a, {tri(1, 5), tri(1, 0)}), sb(b, {tri(1, 0), tri(300, 1, -1)});
+    testutil::Desc r;
+    Args args;
+    args.addr(0, r.get()).addr(1, sa.desc()).addr(2, sb.desc()).check();
+    TypeParam::run(args.get());
+    ASSERT_EQ(r->EXTENT, 1500);
+    const std::vector<char> zero(TypeParam::size);
+    for (int n = 0; n < 1500; ++n) EXPECT_TRUE(El<TypeParam>::same(r->BASE + n * TypeParam::size, zero.data())) << n;
+    f90_freespace(r->BASE);
 }
 
 }  // namespace

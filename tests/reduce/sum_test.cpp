@@ -2,6 +2,8 @@
 #include <cmath>
 #include <vector>
 
+#include "frame/kinds.h"
+#include "reduce/lists.h"
 #include "reduce_support.h"
 
 namespace rtest {
@@ -253,6 +255,43 @@ TEST(Sum, ChecksNeedTheFlag) {
     Array s(4);
     f90_sumi4(Red(a).mask(m).into(s));
     EXPECT_EQ(s.at<int32_t>(0), 21);
+}
+
+// Every DIM reduction over a section that is empty along DIM and reversed
+// along the others (BASE and ZERO null; MASK alike) stores what it stores for
+// an empty array that has storage.
+struct DimEntry {
+    Fn fn;
+    int32_t size, result_size;
+    bool masks;
+};
+#define RED_ROW(name, E, rsize, masks) {name, static_cast<int32_t>(intrins::Kind<E>::size), rsize, masks},
+#define SUM_ROWS(sfx, E) RED_ROW(f90_sum##sfx, E, intrins::Kind<E>::size, true) \
+    RED_ROW(f90_prod##sfx, E, intrins::Kind<E>::size, true)
+#define ORDERED_ROWS(sfx, E) RED_ROW(f90_maxval##sfx, E, intrins::Kind<E>::size, true) \
+    RED_ROW(f90_minval##sfx, E, intrins::Kind<E>::size, true) RED_ROW(f90_maxloc##sfx, E, 4, true) \
+    RED_ROW(f90_minloc##sfx, E, 4, true)
+#define KLOC_ROWS(sfx, E) RED_ROW(f90_kmaxloc##sfx, E, 8, true) RED_ROW(f90_kminloc##sfx, E, 8, true)
+#define LOGICAL_ROWS(k, L) RED_ROW(f90_all##k, L, k, false) RED_ROW(f90_any##k, L, k, false) \
+    RED_ROW(f90_count##k, L, 4, false) RED_ROW(f90_kcount##k, L, 8, false)
+const DimEntry kDimEntries[] = {REDUCE_SUM_KINDS(SUM_ROWS) REDUCE_ORDERED_KINDS(ORDERED_ROWS)
+                                    REDUCE_KLOC_KINDS(KLOC_ROWS) REDUCE_LOGICAL_KINDS(LOGICAL_ROWS)};
+
+TEST(DimReductions, EmptySectionsWithNullBase) {
+    for (const DimEntry& e : kDimEntries) {
+        Array a({{1, 3}, {1, 2}, {1, 4}}, e.size), m({{1, 3}, {1, 2}, {1, 4}}, 4);
+        Array ref({{1, 3}, {1, 0}, {1, 4}}, e.size), mref({{1, 3}, {1, 0}, {1, 4}}, 4);
+        Array got({{1, 3}, {1, 4}}, e.result_size), want({{1, 3}, {1, 4}}, e.result_size);
+        Section s(a, {tri(3, 1, -1), tri(2, 1), tri(4, 1, -1)}), ms(m, {tri(3, 1, -1), tri(2, 1), tri(4, 1, -1)});
+        ASSERT_EQ(s.desc()->BASE, nullptr);
+        Red g(s), w(ref);
+        g.dim(2).check().into(got);
+        w.dim(2).check().into(want);
+        if (e.masks) g.mask(ms), w.mask(mref);
+        e.fn(g);
+        e.fn(w);
+        EXPECT_EQ(std::memcmp(got.data(), want.data(), 12 * std::size_t(e.result_size)), 0) << e.size;
+    }
 }
 
 }  // namespace
