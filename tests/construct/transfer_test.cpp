@@ -120,12 +120,6 @@ TEST(TransferDeath, Messages) {
     f90_freespace(neg.result->BASE);
 }
 
-}  // namespace
-}  // namespace ctest
-
-namespace ctest {
-namespace {
-
 // Runs a mover on a library-allocated result and returns the result's tags.
 std::vector<int> moved(Entry fn, Args a, int32_t elsize) {
     Desc r;
