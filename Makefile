@@ -1,9 +1,10 @@
 # make demo   - install what is missing, build, run the example program
 # make check  - install what is missing, build and test the 64-bit, 32-bit and
 #               sanitizer builds, cross-build the Windows DLLs, check exports
+# make tsan   - build the library with ThreadSanitizer (GCC, -O2)
 # make bench  - benchmarks side by side with GNU Fortran and OpenBLAS
 # make package - Debian packages (runtime, dev) and a zip of the Windows DLLs
-.PHONY: demo check bench test-% mingw clean package demo-gfortran bench-gfortran
+.PHONY: demo check tsan bench test-% mingw clean package demo-gfortran bench-gfortran
 
 SHELL := /bin/bash
 EXPORTS := src/intrins.exports
@@ -31,6 +32,11 @@ mingw:
 	cmake --build --preset mingw-x86
 	tools/exports-check build/mingw-x86/libintrinsMD.dll $(EXPORTS)
 	@i686-w64-mingw32-objdump -p build/mingw-x86/libintrinsMD.dll | awk '/DLL Name:/ { print "libintrinsMD.dll imports " $$3 }'
+
+tsan:
+	cmake --preset tsan > /dev/null
+	cmake --build --preset tsan --target intrinsMD
+	tools/exports-check build/tsan/libintrinsMD.so $(EXPORTS)
 
 bench:
 	tools/install-deps bench

@@ -57,26 +57,35 @@ Calibration calibrate(const Sources& src) {
     return c;
 }
 
+
+// The clock's reading in seconds, calibrating on the first call.  Out of line
+// and noexcept, so that the '$' name below labels one call and nothing else:
+// GCC names the parts it splits off a function (a ".cold" block, such as the
+// unwinding cleanup that -fsanitize=thread adds around a call that may throw,
+// or a ".part" clone) after the assembler name, unquoted, and the assembler
+// rejects those names.
+[[gnu::noinline]] double seconds() noexcept {
+    if (uncalibrated.load(std::memory_order_relaxed)) {
+        uncalibrated.store(0, std::memory_order_relaxed);
+        scale.store(1.0 / calibrate(sources()).hz, std::memory_order_relaxed);
+    }
+    return tick_count(read_ticks()) * scale.load(std::memory_order_relaxed);
+}
+
+double clock_hz() {
+    seconds();
+    return 1.0 / scale.load(std::memory_order_relaxed);
+}
+
 }  // namespace intrins::clock
 
 using namespace intrins;
 
 extern "C" INTRINS_EXPORT double KORVAf90_dclock() INTRINS_ASM_NAME("$KORVAf90_dclock");
-extern "C" INTRINS_EXPORT double KORVAf90_dclock() {
-    if (clock::uncalibrated.load(std::memory_order_relaxed)) {
-        clock::uncalibrated.store(0, std::memory_order_relaxed);
-        clock::scale.store(1.0 / clock::calibrate(clock::sources()).hz, std::memory_order_relaxed);
-    }
-    return clock::tick_count(clock::read_ticks()) * clock::scale.load(std::memory_order_relaxed);
-}
-
-double clock::clock_hz() {
-    KORVAf90_dclock();
-    return 1.0 / scale.load(std::memory_order_relaxed);
-}
+extern "C" INTRINS_EXPORT double KORVAf90_dclock() { return clock::seconds(); }
 
 #define CPU_TIME_KINDS(X) X(4, float, float) X(8, double, double) X(10, R10, void) X(16, Quad, void)
 #define X(k, E, P) \
-    extern "C" INTRINS_EXPORT void f90_cputime##k(P* out) { clock::store_cpu_time<E>(out, KORVAf90_dclock()); }
+    extern "C" INTRINS_EXPORT void f90_cputime##k(P* out) { clock::store_cpu_time<E>(out, clock::seconds()); }
 CPU_TIME_KINDS(X)
 #undef X

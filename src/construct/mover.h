@@ -114,7 +114,8 @@ inline Nest<1> walk(const ArrDesc& a, int32_t elsz) {
     return n;
 }
 
-// The byte stream of an array: each element's elsz bytes, in element order.
+// The byte stream of an array: each element's elsz bytes, in element order
+// (the bytes are the nest's extra level, under up to seven dimensions).
 inline Nest<1> byte_walk(const ArrDesc& a, int32_t elsz) {
     Nest<1> n;
     n.base[0] = a.BASE;
@@ -122,7 +123,7 @@ inline Nest<1> byte_walk(const ArrDesc& a, int32_t elsz) {
     if (a.NONCONTIG == 0) {
         if (a.RANK > 0) n.add_dim(a.EXTENT, {elsz});
     } else {
-        for (int d = 0; d < rank(a) && n.rank < F90_MAXDIM; ++d) n.add_dim(extent(a, d), {byte_step(a, d)});
+        for (int d = 0; d < rank(a); ++d) n.add_dim(extent(a, d), {byte_step(a, d)});
     }
     n.coalesce();
     return n;
@@ -142,7 +143,7 @@ public:
     int64_t left() const { return left_; }
     // Elements remaining in the current run.
     int64_t avail() const { return left_ > 0 ? n_.extent[0] - i0_ : 0; }
-    char* ptr() const { return p_ + i0_ * n_.step[0][0]; }
+    char* ptr() const { return i0_ ? p_ + i0_ * n_.step[0][0] : p_; }  // null for an empty operand
     std::ptrdiff_t step() const { return n_.step[0][0]; }
     // Moves k <= avail() elements forward.
     void advance(int64_t k) {
@@ -170,7 +171,7 @@ private:
     char* p_;
     int64_t i0_ = 0;
     int64_t left_ = 0;
-    int32_t idx_[F90_MAXDIM] = {};
+    int32_t idx_[kNestLevels] = {};
 };
 
 // Copies up to count elements from s to d, pairing them by element number;

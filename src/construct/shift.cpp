@@ -123,14 +123,14 @@ void shift(ArgList* al, E e, Op op, bool generic) {
             auto piece = [&](int64_t r0, const char* src, std::ptrdiff_t sstep, std::ptrdiff_t other_scale,
                              int64_t len) {
                 len = std::min(len, rn - r0);
-                if (len <= 0) return;
                 Nest<2> nn;
-                nn.base[0] = r.BASE + r0 * rsD;
-                nn.base[1] = const_cast<char*>(src);
                 for (int d = 0; d < rk; ++d) {
                     if (d == D) nn.add_dim(static_cast<int32_t>(len), {rsD, sstep});
                     else nn.add_dim(std::min(extent(r, d), extent(arr, d)), {byte_step(r, d), byte_step(arr, d) * other_scale});
                 }
+                if (nn.empty()) return;  // the result's BASE may be null then
+                nn.base[0] = r.BASE + r0 * rsD;
+                nn.base[1] = const_cast<char*>(src);
                 copy_nest(e, nn);
             };
             cut(op.cyclic, n, read_i32(sh.BASE),
@@ -159,12 +159,14 @@ void shift(ArgList* al, E e, Op op, bool generic) {
                     b = bs.left() > 0 ? bs.ptr() : nullptr;
                     if (b) bs.advance(1);
                 }
+                // Only result positions below rn exist (none when the result
+                // is empty along DIM and its BASE null).
                 cut(op.cyclic, n, s,
                     [&](int64_t r0, int64_t a0, int64_t len) {
-                        copy_run(e, p[0] + r0 * rsD, rsD, p[1] + a0 * asD, asD, std::min(len, rn - r0), stream);
+                        if (r0 < rn) copy_run(e, p[0] + r0 * rsD, rsD, p[1] + a0 * asD, asD, std::min(len, rn - r0), stream);
                     },
                     [&](int64_t r0, int64_t len) {
-                        if (b) copy_run(e, p[0] + r0 * rsD, rsD, b, 0, std::min(len, rn - r0), stream);
+                        if (b && r0 < rn) copy_run(e, p[0] + r0 * rsD, rsD, b, 0, std::min(len, rn - r0), stream);
                     });
             });
         }

@@ -8,6 +8,13 @@
 // reduction puts DIM last, RESHAPE's ORDER permutes them); coalesce() merges
 // neighbouring dimensions that continue each other in every operand.
 //
+// A nest has room for the seven dimensions of an array plus one level that a
+// walk adds of its own (the bytes of each element, in a byte stream).  An
+// operand whose base is null (an empty section's BASE) never moves: its
+// pointer stays null and its steps read as 0, so no address is formed from a
+// null base even where the walk has runs to hand out (a DIM reduction over
+// an empty DIM still visits every result element).
+//
 //   for each outer index (i1 .. i_{r-1}), first fastest:
 //       fn(p[k] = base[k] + sum_d i_d * step[k][d], step[k][0], extent[0])
 #pragma once
@@ -20,11 +27,13 @@
 
 namespace intrins {
 
+inline constexpr int kNestLevels = F90_MAXDIM + 1;
+
 template <int N>
 struct Nest {
     int rank = 0;  // 0: a single element
-    int32_t extent[F90_MAXDIM] = {};
-    std::ptrdiff_t step[N][F90_MAXDIM] = {};
+    int32_t extent[kNestLevels] = {};
+    std::ptrdiff_t step[N][kNestLevels] = {};
     char* base[N] = {};
 
     // Appends a dimension (the next-outer one).
@@ -81,19 +90,21 @@ struct Nest {
         std::ptrdiff_t s[N];
         for (int k = 0; k < N; ++k) {
             p[k] = base[k];
-            s[k] = rank > 0 ? step[k][0] : 0;
+            s[k] = rank > 0 && base[k] ? step[k][0] : 0;
         }
         if (rank == 0) return call(fn, p, s, 1);
         if (empty()) return true;
-        int32_t idx[F90_MAXDIM] = {};
+        int32_t idx[kNestLevels] = {};
         for (;;) {
             if (!call(fn, p, s, extent[0])) return false;
             int d = 1;
             for (; d < rank; ++d) {
-                for (int k = 0; k < N; ++k) p[k] += step[k][d];
+                for (int k = 0; k < N; ++k)
+                    if (base[k]) p[k] += step[k][d];
                 if (++idx[d] < extent[d]) break;
                 idx[d] = 0;
-                for (int k = 0; k < N; ++k) p[k] -= step[k][d] * extent[d];
+                for (int k = 0; k < N; ++k)
+                    if (base[k]) p[k] -= step[k][d] * extent[d];
             }
             if (d >= rank) return true;
         }
@@ -111,7 +122,8 @@ struct Nest {
                 } else {
                     fn(p);
                 }
-                for (int k = 0; k < N; ++k) p[k] += s[k];
+                for (int k = 0; k < N; ++k)
+                    if (p[k]) p[k] += s[k];
             }
             return true;
         });

@@ -40,7 +40,9 @@
 // cannot spell (one with a '$').  The label is quoted so that the assembler
 // never reads the '$' as an immediate operand.  32-bit Windows decorates C
 // names with a leading underscore, so the object-file label carries one there
-// while the DLL export keeps the plain name (the .def file maps it).
+// while the DLL export keeps the plain name (the .def file maps it).  GCC
+// writes the names of the parts it splits off a function (".cold", ".part")
+// unquoted, so a function so named only forwards one call to a noexcept one.
 //   extern "C" INTRINS_EXPORT double f() INTRINS_ASM_NAME("$name");
 #if INTRINS_WINDOWS && !INTRINS_64BIT
 #define INTRINS_ASM_NAME(name) __asm__("\"_" name "\"")

@@ -55,9 +55,22 @@ void matmul(ArgList* args) {
             if (extent(c, d) != want.extent[d]) f90_ArrLibError(name, 3, &c, &want);
     }
 
+    // Operand addresses are formed only from operands that hold elements (an
+    // empty section's ZERO and BASE may be null): with no result element
+    // there is nothing to do, and with K = 0 every result element is zero
+    // while neither A nor B is addressed.
+    if (M <= 0 || N <= 0) return;
+    void* pc = const_cast<void*>(first<T>(c, want.count));
+    if (K <= 0) {
+        using Elem = Kind<typename MmType<T>::elem>;
+        const int32_t c1 = form == VxM ? 0 : c.DIM[0].STRIDE;  // C(i, j) at i * c1 + j * c2
+        const int32_t c2 = form == MxM ? c.DIM[1].STRIDE : form == VxM ? c.DIM[0].STRIDE : 0;
+        for (int32_t j = 0; j < N; ++j)
+            for (int32_t i = 0; i < M; ++i) Elem::store(at2<T>(pc, i, c1, j, c2), typename Elem::value{});
+        return;
+    }
     const void* pa = first<T>(a, a.RANK);
     const void* pb = first<T>(b, b.RANK);
-    void* pc = const_cast<void*>(first<T>(c, want.count));
     switch (form) {
     case MxM:
         Engines<T>::engine2x2(M, N, K, pa, a.DIM[0].STRIDE, a.DIM[1].STRIDE, pb, b.DIM[0].STRIDE, b.DIM[1].STRIDE,

@@ -283,10 +283,12 @@ struct Tiled {
                     continue;
                 }
             }
+            // Columns past the last (c >= w) are zeros: no address is formed
+            // for a column B does not have.
             for (int c = 0; c < NR; ++c) {
-                const char* src = B + (c0 + c) * b2 * S;
                 for (int k = 0; k < kl; ++k)
-                    for (int q = 0; q < RL; ++q) dst[k * BK + c * RL + q] = c < w ? part(src + k * b1 * S, q) : W(0);
+                    for (int q = 0; q < RL; ++q)
+                        dst[k * BK + c * RL + q] = c < w ? part(B + ((c0 + c) * b2 + k * b1) * S, q) : W(0);
             }
         }
     }

@@ -233,9 +233,16 @@ inline constexpr int32_t kBlock = sizeof(typename P::acc) <= 16 ? 2048 : 64;
 inline constexpr int32_t kStreams = 8;
 inline constexpr int32_t kGroup = 4;
 
+template <class P>
+void fill_dim(const DimNest& n);
+
 template <class P, bool Masked>
 void fold_dim(const DimNest& n) {
     using Acc = typename P::acc;
+    if (n.len == 0) {  // no element along DIM: ARRAY and MASK are not addressed
+        fill_dim<P>(n);
+        return;
+    }
     n.outer.runs([&](char* const* p, const std::ptrdiff_t* s, int32_t len) {
         // One block: `step` is ARRAY's byte step between result elements;
         // a separate instance for the contiguous step lets the inner loop
