@@ -288,7 +288,8 @@ void shift(Case& c, bool eo) {
 void transfer(Case& c) {
     const bool k = c.one_in(4), mold_scalar = c.one_in(2), size = c.one_in(3);
     const int32_t ses = std::vector<int32_t>{1, 2, 3, 4, 8}[c.pick(0, 4)];
-    const std::vector<int32_t> sext = random_extents(c.g, c.pick(0, 2), 4);
+    const int srank = c.one_in(5) ? 7 : c.pick(0, 2);  // rank 7: a walk with a level for the bytes
+    const std::vector<int32_t> sext = random_extents(c.g, srank, srank == 7 ? 2 : 4);
     Els src = random_els(c.g, count(sext), ses);
     El bytes;
     for (const El& e : src) bytes += e;
